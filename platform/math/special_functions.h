@@ -1,0 +1,35 @@
+/// \file
+/// \brief Special functions, right to a few units in the last place over their domains.
+///
+/// None throws. Outside its domain a function returns NaN, at a pole an infinity.
+/// Source of the definitions: M. Abramowitz, I. A. Stegun, "Handbook of Mathematical Functions",
+/// 1964, chapters 6, 7 and 26.
+#ifndef QV_PLATFORM_MATH_SPECIAL_FUNCTIONS_H
+#define QV_PLATFORM_MATH_SPECIAL_FUNCTIONS_H
+
+#include "platform/math/export.h"
+
+namespace QVMath {
+
+/// erf(x) = 2/sqrt(pi) * integral from 0 to x of exp(-t^2) dt.
+QVMATH_EXPORT double QVerf(double x);
+/// 1 - erf(x), with all its digits for large x.
+QVMATH_EXPORT double QVerfc(double x);
+/// log |Gamma(x)|.
+QVMATH_EXPORT double QVlgamma(double x);
+/// The digamma function, the derivative of log Gamma(x).
+QVMATH_EXPORT double QVDiGamma(double x);
+/// The trigamma function, the second derivative of log Gamma(x).
+QVMATH_EXPORT double QVTriGamma(double x);
+/// The regularised incomplete beta function I_x(a, b), a > 0, b > 0, 0 <= x <= 1.
+QVMATH_EXPORT double QVIncompleteBeta(double a, double b, double x);
+/// Its complement 1 - I_x(a, b), with all its digits where that is small.
+QVMATH_EXPORT double QVIncompleteBetaComplement(double a, double b, double x);
+/// The regularised lower incomplete gamma function P(a, x), a > 0, x >= 0.
+QVMATH_EXPORT double QVIncompleteGamma(double a, double x);
+/// The upper one, Q(a, x) = 1 - P(a, x), with all its digits where that is small.
+QVMATH_EXPORT double QVIncompleteGammaComplement(double a, double x);
+
+}  // namespace QVMath
+
+#endif  // QV_PLATFORM_MATH_SPECIAL_FUNCTIONS_H

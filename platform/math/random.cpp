@@ -1,0 +1,223 @@
+#include "platform/math/random.h"
+
+#include <algorithm>
+#include <boost/random/beta_distribution.hpp>
+#include <boost/random/chi_squared_distribution.hpp>
+#include <boost/random/exponential_distribution.hpp>
+#include <boost/random/fisher_f_distribution.hpp>
+#include <boost/random/gamma_distribution.hpp>
+#include <boost/random/normal_distribution.hpp>
+#include <boost/random/student_t_distribution.hpp>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <utility>
+
+namespace QVMath {
+
+namespace {
+
+/// Fills with draws of a law when its parameters are valid, otherwise with NaN.
+template <class Law>
+void FillWith(bool valid, Law law, double* values, std::size_t count) {
+  if (!valid) {
+    std::fill_n(values, count, std::numeric_limits<double>::quiet_NaN());
+    return;
+  }
+  for (std::size_t i = 0; i < count; ++i) values[i] = law();
+}
+
+bool IsPositive(double value) { return value > 0.0 && std::isfinite(value); }
+
+/// The logarithm of an exponential variate of mean 1; its negative is a standard Gumbel variate.
+double DrawLogExponential(boost::random::exponential_distribution<double>& law,
+                          QVRanNumEngine& engine) {
+  double value;
+  do value = law(engine);
+  while (value <= 0.0);
+  return std::log(value);
+}
+
+/// The logarithm of a gamma variate, which does not underflow however small the shape: G(a) has
+/// the law of G(a + 1) U^(1/a).
+double DrawLogGamma(double shape, QVRanNumEngine& engine) {
+  boost::random::gamma_distribution<double> above(shape + 1.0);
+  return std::log(above(engine)) + std::log(1.0 - engine.GetUniform()) / shape;
+}
+
+}  // namespace
+
+QVRealGenerator::~QVRealGenerator() = default;
+
+double QVRealGenerator::operator()(QVRanNumEngine& engine) const {
+  double value;
+  Fill(engine, &value, 1);
+  return value;
+}
+
+std::vector<double> QVRealGenerator::Draw(QVRanNumEngine& engine, std::size_t count) const {
+  std::vector<double> values(count);
+  Fill(engine, values.data(), count);
+  return values;
+}
+
+void QVUniformDoubleRNG::SetParams(double lower, double upper) {
+  lower_ = lower;
+  upper_ = upper;
+}
+
+void QVUniformDoubleRNG::Fill(QVRanNumEngine& engine, double* values, std::size_t count) const {
+  const double width = upper_ - lower_;
+  const auto law = [&] {
+    double value;
+    do value = lower_ + width * engine.GetUniform();
+    while (value >= upper_);  // reached by rounding only
+    return value;
+  };
+  FillWith(lower_ < upper_ && std::isfinite(width), law, values, count);
+}
+
+void QVGaussianRNG::SetParams(double mean, double deviation) {
+  mean_ = mean;
+  deviation_ = deviation;
+}
+
+void QVGaussianRNG::Fill(QVRanNumEngine& engine, double* values, std::size_t count) const {
+  boost::random::normal_distribution<double> unit;
+  FillWith(
+      deviation_ >= 0.0, [&] { return mean_ + deviation_ * unit(engine); }, values, count);
+}
+
+void QVStudentsTRNG::SetParams(double location, double scale, double degreesOfFreedom) {
+  location_ = location;
+  scale_ = scale;
+  degreesOfFreedom_ = degreesOfFreedom;
+}
+
+void QVStudentsTRNG::Fill(QVRanNumEngine& engine, double* values, std::size_t count) const {
+  const bool valid = IsPositive(degreesOfFreedom_);
+  boost::random::student_t_distribution<double> unit(valid ? degreesOfFreedom_ : 1.0);
+  FillWith(
+      valid, [&] { return location_ + scale_ * unit(engine); }, values, count);
+}
+
+void QVGammaRNG::SetParams(double shape, double scale) {
+  shape_ = shape;
+  scale_ = scale;
+}
+
+void QVGammaRNG::Fill(QVRanNumEngine& engine, double* values, std::size_t count) const {
+  const bool valid = IsPositive(shape_) && IsPositive(scale_);
+  boost::random::gamma_distribution<double> law(valid ? shape_ : 1.0, valid ? scale_ : 1.0);
+  FillWith(
+      valid, [&] { return law(engine); }, values, count);
+}
+
+void QVChiSquaredRNG::SetParams(double degreesOfFreedom) { degreesOfFreedom_ = degreesOfFreedom; }
+
+void QVChiSquaredRNG::Fill(QVRanNumEngine& engine, double* values, std::size_t count) const {
+  const bool valid = IsPositive(degreesOfFreedom_);
+  boost::random::chi_squared_distribution<double> law(valid ? degreesOfFreedom_ : 1.0);
+  FillWith(
+      valid, [&] { return law(engine); }, values, count);
+}
+
+void QVSnedecorsFRNG::SetParams(double numerator, double denominator) {
+  numerator_ = numerator;
+  denominator_ = denominator;
+}
+
+void QVSnedecorsFRNG::Fill(QVRanNumEngine& engine, double* values, std::size_t count) const {
+  const bool valid = IsPositive(numerator_) && IsPositive(denominator_);
+  boost::random::fisher_f_distribution<double> law(valid ? numerator_ : 1.0,
+                                                   valid ? denominator_ : 1.0);
+  FillWith(
+      valid, [&] { return law(engine); }, values, count);
+}
+
+void QVBetaRNG::SetParams(double alpha, double beta) {
+  alpha_ = alpha;
+  beta_ = beta;
+}
+
+void QVBetaRNG::Fill(QVRanNumEngine& engine, double* values, std::size_t count) const {
+  const bool valid = IsPositive(alpha_) && IsPositive(beta_);
+  // Below this both gamma variates of the quotient may underflow to 0.
+  constexpr double kSmallShape = 0.1;
+  if (valid && std::min(alpha_, beta_) < kSmallShape) {
+    const auto law = [&] {
+      const double logX = DrawLogGamma(alpha_, engine);
+      const double logY = DrawLogGamma(beta_, engine);
+      return 1.0 / (1.0 + std::exp(logY - logX));
+    };
+    FillWith(true, law, values, count);
+    return;
+  }
+  boost::random::beta_distribution<double> law(valid ? alpha_ : 1.0, valid ? beta_ : 1.0);
+  FillWith(
+      valid, [&] { return law(engine); }, values, count);
+}
+
+void QVGumbelRNG::SetParams(double location, double scale) {
+  location_ = location;
+  scale_ = scale;
+}
+
+void QVGumbelRNG::Fill(QVRanNumEngine& engine, double* values, std::size_t count) const {
+  QVGenExtremeValRNG(location_, scale_, 0.0).Fill(engine, values, count);
+}
+
+void QVGenExtremeValRNG::SetParams(double location, double scale, double shape) {
+  location_ = location;
+  scale_ = scale;
+  shape_ = shape;
+}
+
+void QVGenExtremeValRNG::Fill(QVRanNumEngine& engine, double* values, std::size_t count) const {
+  boost::random::exponential_distribution<double> exponential;
+  const auto law = [&] {
+    const double gumbel = -DrawLogExponential(exponential, engine);
+    const double z = shape_ == 0.0 ? gumbel : std::expm1(shape_ * gumbel) / shape_;
+    return location_ + scale_ * z;
+  };
+  FillWith(scale_ > 0.0, law, values, count);
+}
+
+void QVUniformIntRNG::SetParams(int lower, int upper) {
+  lower_ = lower;
+  count_ = upper < lower ? 1 : static_cast<std::uint64_t>(std::int64_t{upper} - lower) + 1;
+}
+
+void QVUniformIntRNG::Fill(QVRanNumEngine& engine, int* values, std::size_t count) const {
+  for (std::size_t i = 0; i < count; ++i) values[i] = (*this)(engine);
+}
+
+std::vector<std::size_t> QVRandomShuffleOfIndices(std::size_t n, QVRanNumEngine& engine) {
+  std::vector<std::size_t> indices(n);
+  std::iota(indices.begin(), indices.end(), std::size_t{0});
+  for (std::size_t left = n; left > 1; --left)
+    std::swap(indices[left - 1], indices[engine.GetIndex(left)]);
+  return indices;
+}
+
+void QVSampleWithoutReplacement(QVRanNumEngine& engine, std::vector<std::size_t>& chosen,
+                                std::vector<std::size_t>& remaining, std::size_t count,
+                                const std::vector<std::size_t>& candidates) {
+  std::vector<std::size_t> pool(candidates);
+  count = std::min(count, pool.size());
+  for (std::size_t i = 0; i < count; ++i)
+    std::swap(pool[i], pool[i + engine.GetIndex(pool.size() - i)]);
+  const auto middle = pool.begin() + static_cast<std::ptrdiff_t>(count);
+  chosen.assign(pool.begin(), middle);
+  remaining.assign(middle, pool.end());
+}
+
+std::vector<std::size_t> QVSampleWithReplacement(QVRanNumEngine& engine, std::size_t count,
+                                                 const std::vector<std::size_t>& candidates) {
+  if (candidates.empty()) return {};
+  std::vector<std::size_t> drawn(count);
+  for (std::size_t& index : drawn) index = candidates[engine.GetIndex(candidates.size())];
+  return drawn;
+}
+
+}  // namespace QVMath

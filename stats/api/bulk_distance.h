@@ -1,0 +1,40 @@
+/// \file
+/// \brief Distances from one element to many stored ones, faster than one call a pair.
+#ifndef QVSTATS_API_BULK_DISTANCE_H
+#define QVSTATS_API_BULK_DISTANCE_H
+
+#include <cstddef>
+
+namespace QVStats {
+
+/// Elements stored for the question "how far is this one from each of you?". An implementation
+/// may keep them in any form that answers fast: coordinates by columns, an inverted index.
+template <class T>
+class QVBulkDistance {
+ public:
+  /// Stores one more element; it gets the next position, counted from 0.
+  virtual void Add(const T& element) = 0;
+  /// Writes to `distances[i]` the distance from `query` to stored element i, for all that are
+  /// stored: equal to the last bit to what the distance function returns for the pair.
+  virtual void GetDistances(const T& query, double* distances) const = 0;
+  /// \return a new copy that the caller owns.
+  virtual QVBulkDistance* CreateCopy() const = 0;
+  virtual ~QVBulkDistance() = default;
+};
+
+/// A second base class of a `QVBinaryFunction<T, T, double>` that can answer in bulk. By deriving
+/// from it a distance function also declares that it is symmetric, dist(a, b) == dist(b, a) to the
+/// last bit, so that callers evaluate one orientation only.
+template <class T>
+class QVBulkDistanceSource {
+ public:
+  /// \return a new, empty store for this distance that the caller owns.
+  virtual QVBulkDistance<T>* CreateBulkDistance() const = 0;
+
+ protected:
+  ~QVBulkDistanceSource() = default;
+};
+
+}  // namespace QVStats
+
+#endif  // QVSTATS_API_BULK_DISTANCE_H

@@ -1,0 +1,14 @@
+/// \file
+/// \brief The workloads, one for each file; each returns false for a case that it does not know.
+#ifndef QVSTATS_BENCHMARKS_QVPERF_WORKLOADS_H
+#define QVSTATS_BENCHMARKS_QVPERF_WORKLOADS_H
+
+#include "benchmarks/qvperf/qvperf.h"
+
+namespace QVPerf {
+
+bool RunAUC(const Run& run);
+
+}  // namespace QVPerf
+
+#endif  // QVSTATS_BENCHMARKS_QVPERF_WORKLOADS_H

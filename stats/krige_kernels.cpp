@@ -1,0 +1,271 @@
+#include "stats/api/krige_kernels.h"
+
+#include <cmath>
+#include <iterator>
+#include <memory>
+#include <typeinfo>
+#include <utility>
+#include <vector>
+
+#include "platform/system/error_handler.h"
+#include "platform/system/text.h"
+
+namespace QVStats {
+
+namespace {
+
+constexpr double kLog10 = 2.302585092994046;
+/// 1/(1 - 0.9) - 1 in double precision, one unit in the last place above 9.
+constexpr double kNine = 9.000000000000002;
+
+// The model variogram of each class as a function of h, its parameters read once.
+
+auto Shape(const QVKrigeLinearKernel& k) {
+  return [a = k.GetRange(), s = k.GetSill(), n = k.GetNugget()](double h) {
+    return h <= a ? n + (s - n) * (h / a) : s;
+  };
+}
+
+auto Shape(const QVKrigeExponentialKernel& k) {
+  return [a = k.GetRange(), s = k.GetSill(), n = k.GetNugget()](double h) {
+    return n + (s - n) * (1.0 - std::exp(-kLog10 * h / a));
+  };
+}
+
+auto Shape(const QVKrigeGaussianKernel& k) {
+  return [a2 = k.GetRange() * k.GetRange(), s = k.GetSill(), n = k.GetNugget()](double h) {
+    return n + (s - n) * (1.0 - std::exp(-kLog10 * (h * h) / a2));
+  };
+}
+
+auto Shape(const QVKrigeSphericalKernel& k) {
+  const double a = k.GetRange();
+  return [a, a3 = a * a * a, s = k.GetSill(), n = k.GetNugget()](double h) {
+    return a < h ? s : n + (s - n) * (1.5 * h / a - 0.5 * (h * h * h) / a3);
+  };
+}
+
+auto Shape(const QVKrigeCauchyKernel& k) {
+  return [scale = kNine / (k.GetRange() * k.GetRange()), s = k.GetSill(), n = k.GetNugget()](
+             double h) { return n + (s - n) * (1.0 - 1.0 / (1.0 + h * h * scale)); };
+}
+
+/// \param power the function x -> x^p.
+template <class Power>
+auto Shape(const QVKrigeStudentTKernel& k, Power power) {
+  return
+      [scale = std::pow(k.GetRange(), -k.GetExponent()) * kNine, s = k.GetSill(), n = k.GetNugget(),
+       power](double h) { return n + (s - n) * (1.0 - 1.0 / (1.0 + scale * power(h))); };
+}
+
+template <class Power>
+auto Shape(const QVKrigePowerKernel& k, Power power) {
+  return [a = k.GetRange(), s = k.GetSill(), n = k.GetNugget(), power](double h) {
+    return h <= a ? n + (s - n) * power(h / a) : s;
+  };
+}
+
+auto Shape(const QVKrigeReverseGaussianKernel& k) {
+  return [a = k.GetRange(), s = k.GetSill(), n = k.GetNugget(), p = k.GetExponent(),
+          c = k.GetValueOffset()](double h) {
+    if (!(h <= a)) return s;
+    const double e = std::exp((h / a - 1.0) * p * (1.0 - h / a));
+    return n + (s - n) * (e - c) / (1.0 - c);
+  };
+}
+
+auto PowerOf(double p) {
+  return [p](double x) { return std::pow(x, p); };
+}
+
+/// Calls `use` with x -> x^p, by roots and products where they suffice.
+template <class Use>
+void WithPower(double p, Use use) {
+  if (p == 0.5) return use([](double x) { return std::sqrt(x); });
+  if (p == 1.0) return use([](double x) { return x; });
+  if (p == 1.5) return use([](double x) { return x * std::sqrt(x); });
+  if (p == 2.0) return use([](double x) { return x * x; });
+  if (p == 3.0) return use([](double x) { return x * x * x; });
+  if (p == 4.0) return use([](double x) { return (x * x) * (x * x); });
+  use(PowerOf(p));
+}
+
+/// A derived class may override what the loops below would bypass.
+template <class Kernel>
+bool IsExactly(const QVKrigeKernelBase& kernel) {
+  return typeid(kernel) == typeid(Kernel);
+}
+
+template <class Shape>
+void FillCovariances(double sill, Shape shape, const double* distances, double* covariances,
+                     std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i)
+    covariances[i] = QVGetKrigeCovariance(sill, shape(distances[i]));
+}
+
+template <class Kernel>
+void FillCovariances(const Kernel& kernel, const double* distances, double* covariances,
+                     std::size_t count) {
+  if (!IsExactly<Kernel>(kernel))
+    return kernel.QVKrigeKernelBase::GetCovariances(distances, covariances, count);
+  FillCovariances(kernel.GetSill(), Shape(kernel), distances, covariances, count);
+}
+
+template <class Kernel>
+void FillPowerCovariances(const Kernel& kernel, const double* distances, double* covariances,
+                          std::size_t count) {
+  if (!IsExactly<Kernel>(kernel))
+    return kernel.QVKrigeKernelBase::GetCovariances(distances, covariances, count);
+  WithPower(kernel.GetExponent(), [&](auto power) {
+    FillCovariances(kernel.GetSill(), Shape(kernel, power), distances, covariances, count);
+  });
+}
+
+QVKrigeKernelBase* CreateKernel(unsigned int type) {
+  switch (type) {
+    case QVKrigeKernelType::Linear:
+      return new QVKrigeLinearKernel;
+    case QVKrigeKernelType::Exponential:
+      return new QVKrigeExponentialKernel;
+    case QVKrigeKernelType::Gaussian:
+      return new QVKrigeGaussianKernel;
+    case QVKrigeKernelType::Spherical:
+      return new QVKrigeSphericalKernel;
+    case QVKrigeKernelType::Cauchy:
+      return new QVKrigeCauchyKernel;
+    default:
+      QVSystem::QVThrow.Warning(
+          "Invalid QVKrigeKernelType (%d) passed to QVKrigeKernel constructor, defaulting to "
+          "Linear kernel",
+          type);
+      return new QVKrigeLinearKernel;
+  }
+}
+
+using KernelList = std::vector<std::unique_ptr<QVKrigeKernelBase>>;
+
+/// Steps through a shared list of kernels.
+class KernelIter : public QVSystem::QVIterBase<const QVKrigeKernelBase> {
+ public:
+  explicit KernelIter(std::shared_ptr<const KernelList> kernels) : kernels_(std::move(kernels)) {}
+  bool IsValid() const override { return position_ < kernels_->size(); }
+  const QVKrigeKernelBase& Get() const override { return *(*kernels_)[position_]; }
+  void Increment() override { ++position_; }
+  KernelIter* CreateCopy() const override { return new KernelIter(*this); }
+
+ private:
+  std::shared_ptr<const KernelList> kernels_;
+  std::size_t position_ = 0;
+};
+
+}  // namespace
+
+std::string QVKrigeLinearKernel::GetName() const { return "Linear"; }
+std::string QVKrigeExponentialKernel::GetName() const { return "Exponential"; }
+std::string QVKrigeGaussianKernel::GetName() const { return "Gaussian"; }
+std::string QVKrigeSphericalKernel::GetName() const { return "Spherical"; }
+std::string QVKrigeCauchyKernel::GetName() const { return "Cauchy"; }
+std::string QVKrigeStudentTKernel::GetName() const {
+  return QVSystem::QVFormat("StudentT(%.12f)", p_);
+}
+std::string QVKrigePowerKernel::GetName() const { return QVSystem::QVFormat("Power(%5.3f)", p_); }
+std::string QVKrigeReverseGaussianKernel::GetName() const {
+  return QVSystem::QVFormat("Reverse Gaussian(%5.3f)", p_);
+}
+
+double QVKrigeLinearKernel::GetValue(double h) const { return Shape(*this)(h); }
+double QVKrigeExponentialKernel::GetValue(double h) const { return Shape(*this)(h); }
+double QVKrigeGaussianKernel::GetValue(double h) const { return Shape(*this)(h); }
+double QVKrigeSphericalKernel::GetValue(double h) const { return Shape(*this)(h); }
+double QVKrigeCauchyKernel::GetValue(double h) const { return Shape(*this)(h); }
+double QVKrigeStudentTKernel::GetValue(double h) const { return Shape(*this, PowerOf(p_))(h); }
+double QVKrigePowerKernel::GetValue(double h) const { return Shape(*this, PowerOf(p_))(h); }
+double QVKrigeReverseGaussianKernel::GetValue(double h) const { return Shape(*this)(h); }
+
+QVKrigeLinearKernel* QVKrigeLinearKernel::CreateCopy() const {
+  return new QVKrigeLinearKernel(*this);
+}
+QVKrigeExponentialKernel* QVKrigeExponentialKernel::CreateCopy() const {
+  return new QVKrigeExponentialKernel(*this);
+}
+QVKrigeGaussianKernel* QVKrigeGaussianKernel::CreateCopy() const {
+  return new QVKrigeGaussianKernel(*this);
+}
+QVKrigeSphericalKernel* QVKrigeSphericalKernel::CreateCopy() const {
+  return new QVKrigeSphericalKernel(*this);
+}
+QVKrigeCauchyKernel* QVKrigeCauchyKernel::CreateCopy() const {
+  return new QVKrigeCauchyKernel(*this);
+}
+QVKrigeStudentTKernel* QVKrigeStudentTKernel::CreateCopy() const {
+  return new QVKrigeStudentTKernel(*this);
+}
+QVKrigePowerKernel* QVKrigePowerKernel::CreateCopy() const { return new QVKrigePowerKernel(*this); }
+QVKrigeReverseGaussianKernel* QVKrigeReverseGaussianKernel::CreateCopy() const {
+  return new QVKrigeReverseGaussianKernel(*this);
+}
+
+void QVKrigeLinearKernel::GetCovariances(const double* distances, double* covariances,
+                                         std::size_t count) const {
+  FillCovariances(*this, distances, covariances, count);
+}
+void QVKrigeExponentialKernel::GetCovariances(const double* distances, double* covariances,
+                                              std::size_t count) const {
+  FillCovariances(*this, distances, covariances, count);
+}
+void QVKrigeGaussianKernel::GetCovariances(const double* distances, double* covariances,
+                                           std::size_t count) const {
+  FillCovariances(*this, distances, covariances, count);
+}
+void QVKrigeSphericalKernel::GetCovariances(const double* distances, double* covariances,
+                                            std::size_t count) const {
+  FillCovariances(*this, distances, covariances, count);
+}
+void QVKrigeCauchyKernel::GetCovariances(const double* distances, double* covariances,
+                                         std::size_t count) const {
+  FillCovariances(*this, distances, covariances, count);
+}
+void QVKrigeStudentTKernel::GetCovariances(const double* distances, double* covariances,
+                                           std::size_t count) const {
+  FillPowerCovariances(*this, distances, covariances, count);
+}
+void QVKrigePowerKernel::GetCovariances(const double* distances, double* covariances,
+                                        std::size_t count) const {
+  FillPowerCovariances(*this, distances, covariances, count);
+}
+void QVKrigeReverseGaussianKernel::GetCovariances(const double* distances, double* covariances,
+                                                  std::size_t count) const {
+  FillCovariances(*this, distances, covariances, count);
+}
+
+QVKrigeKernel::QVKrigeKernel(unsigned int type) : kernel_(CreateKernel(type)) {}
+QVKrigeKernel::QVKrigeKernel(const QVKrigeKernelBase& kernel) : kernel_(kernel.CreateCopy()) {}
+
+std::string QVKrigeKernel::GetName() const { return kernel_->GetName(); }
+double QVKrigeKernel::GetValue(double h) const { return kernel_->GetValue(h); }
+double QVKrigeKernel::GetRange() const { return kernel_->GetRange(); }
+double QVKrigeKernel::GetNugget() const { return kernel_->GetNugget(); }
+double QVKrigeKernel::GetSill() const { return kernel_->GetSill(); }
+void QVKrigeKernel::SetRange(double range) { kernel_->SetRange(range); }
+void QVKrigeKernel::SetNugget(double nugget) { kernel_->SetNugget(nugget); }
+void QVKrigeKernel::SetSill(double sill) { kernel_->SetSill(sill); }
+QVKrigeKernelBase* QVKrigeKernel::CreateCopy() const { return kernel_->CreateCopy(); }
+void QVKrigeKernel::GetCovariances(const double* distances, double* covariances,
+                                   std::size_t count) const {
+  if (!IsExactly<QVKrigeKernel>(*this))
+    return QVKrigeKernelBase::GetCovariances(distances, covariances, count);
+  kernel_->GetCovariances(distances, covariances, count);
+}
+
+QVSystem::QVIter<const QVKrigeKernelBase> QVGetKrigeKernels() {
+  auto kernels = std::make_shared<KernelList>();
+  for (unsigned int type = 0; type <= QVKrigeKernelType::Cauchy; ++type)
+    kernels->emplace_back(CreateKernel(type));
+  for (const double p : {0.5, 1.0, 3.0, 4.0})
+    kernels->push_back(std::make_unique<QVKrigeStudentTKernel>(p));
+  for (const double p : {0.25, 1.0 / 3.0, 0.5, 1.5, 2.0, 3.0, 4.0})
+    kernels->push_back(std::make_unique<QVKrigePowerKernel>(p));
+  return QVSystem::QVIter<const QVKrigeKernelBase>(new KernelIter(std::move(kernels)));
+}
+
+}  // namespace QVStats

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <numeric>
 
 #include "platform/math/special_functions.h"
 #include "platform/system/error_handler.h"
@@ -46,97 +47,88 @@ std::vector<double> TakeNumbers(const std::vector<double>& scores, bool higherIs
   return numbers;
 }
 
-/// Counts, over all pairs of an active and a decoy, 2 for a better active and 1 for a tie.
-///
-/// The scores are cut into equal intervals. Pairs from different intervals are counted from the
-/// sizes; each interval that holds both kinds is counted in turn, by sorting once it is small.
-class PairCounter {
+/// Sorted numbers with an index of equal intervals over their range, so that a look-up touches a
+/// few of them only.
+class IntervalIndex {
  public:
-  std::uint64_t Count(double* actives, std::size_t numActives, double* decoys,
-                      std::size_t numDecoys, int depth = 0) {
-    if (numActives == 0 || numDecoys == 0) return 0;
-    const Range a = FindRange(actives, numActives), d = FindRange(decoys, numDecoys);
-    if (a.low > d.high) return 2 * std::uint64_t{numActives} * numDecoys;
-    if (a.high < d.low) return 0;
-    const Range both{std::min(a.low, d.low), std::max(a.high, d.high)};
-    if (both.low == both.high) return std::uint64_t{numActives} * numDecoys;
-    const std::size_t size = numActives + numDecoys;
-    const bool canCut = std::isfinite(both.high - both.low) && both.high - both.low > 1e-290;
-    if (size <= kSmall || depth == kMaxDepth || !canCut)
-      return CountSorted(actives, numActives, decoys, numDecoys);
-    return CountByIntervals(actives, numActives, decoys, numDecoys, both, depth);
+  /// Numbers that are not a number are left out.
+  explicit IntervalIndex(const std::vector<double>& values) {
+    const std::vector<double> numbers = TakeNumbers(values, true);
+    if (numbers.empty()) return;
+    const auto [low, high] = std::minmax_element(numbers.begin(), numbers.end());
+    const double width = *high - *low;
+    const std::size_t wanted = std::min<std::size_t>(numbers.size(), 1u << 17);
+    // A range too wide or too narrow to be cut is one interval.
+    const bool canCut = std::isfinite(width) && width > 1e-290;
+    const std::size_t intervals = canCut ? wanted : 1;
+    low_ = *low;
+    scale_ = canCut ? static_cast<double>(intervals) / width : 0.0;
+    starts_.assign(intervals + 1, 0);
+    Group(numbers);
+  }
+
+  std::size_t Size() const { return size_; }
+
+  /// \return the number of values below `x`, twice, plus the number of values equal to it.
+  std::uint64_t CountHalvesBelow(double x) const {
+    const std::size_t k = FindInterval(x);
+    const std::size_t from = starts_[k], to = starts_[k + 1];
+    if (to - from > kWindow) {
+      const auto [low, high] =
+          std::equal_range(sorted_.begin() + Offset(from), sorted_.begin() + Offset(to), x);
+      return static_cast<std::uint64_t>((low - sorted_.begin()) + (high - sorted_.begin()));
+    }
+    // All values behind the interval are above x: a window of fixed width needs no branches.
+    std::uint64_t halves = 2 * from;
+    for (std::size_t i = from; i < from + kWindow; ++i)
+      halves += static_cast<std::uint64_t>(sorted_[i] < x) + (sorted_[i] <= x);
+    return halves;
   }
 
  private:
-  static constexpr std::size_t kSmall = 64;
-  static constexpr int kMaxDepth = 4;
+  static constexpr std::size_t kWindow = 8;
 
-  struct Range {
-    double low, high;
-  };
-
-  static Range FindRange(const double* values, std::size_t n) {
-    Range range{values[0], values[0]};
-    for (std::size_t i = 1; i < n; ++i) {
-      range.low = std::min(range.low, values[i]);
-      range.high = std::max(range.high, values[i]);
-    }
-    return range;
-  }
-
-  static std::uint64_t CountSorted(double* actives, std::size_t numActives, double* decoys,
-                                   std::size_t numDecoys) {
-    std::sort(actives, actives + numActives);
-    std::sort(decoys, decoys + numDecoys);
-    std::uint64_t count = 0;
-    std::size_t below = 0, notAbove = 0;
-    for (std::size_t i = 0; i < numActives; ++i) {
-      while (below < numDecoys && decoys[below] < actives[i]) ++below;
-      notAbove = std::max(notAbove, below);
-      while (notAbove < numDecoys && decoys[notAbove] == actives[i]) ++notAbove;
-      count += below + notAbove;
-    }
-    return count;
-  }
+  static std::ptrdiff_t Offset(std::size_t i) { return static_cast<std::ptrdiff_t>(i); }
 
   /// Monotone: a higher value never lies in a lower interval.
-  struct Cut {
-    double low, scale;
-    std::uint32_t last;
-    std::uint32_t operator()(double value) const {
-      return std::min(static_cast<std::uint32_t>((value - low) * scale), last);
-    }
-  };
-
-  /// Groups the values by interval. \return where each interval starts, with the end at the back.
-  static std::vector<std::uint32_t> Group(double* values, std::size_t n, const Cut& cut) {
-    std::vector<std::uint32_t> starts(cut.last + 2, 0);
-    std::vector<std::uint32_t> interval(n);
-    for (std::size_t i = 0; i < n; ++i) ++starts[(interval[i] = cut(values[i])) + 1];
-    for (std::size_t k = 1; k < starts.size(); ++k) starts[k] += starts[k - 1];
-    std::vector<std::uint32_t> next(starts.begin(), starts.end() - 1);
-    std::vector<double> grouped(n);
-    for (std::size_t i = 0; i < n; ++i) grouped[next[interval[i]]++] = values[i];
-    std::copy(grouped.begin(), grouped.end(), values);
-    return starts;
+  std::size_t FindInterval(double x) const {
+    if (scale_ == 0.0) return 0;
+    const auto last = static_cast<double>(starts_.size() - 2);
+    return static_cast<std::size_t>(std::clamp((x - low_) * scale_, 0.0, last));
   }
 
-  std::uint64_t CountByIntervals(double* actives, std::size_t numActives, double* decoys,
-                                 std::size_t numDecoys, const Range& range, int depth) {
-    const std::size_t intervals = std::min<std::size_t>((numActives + numDecoys) / 8 + 2, 1u << 16);
-    const Cut cut{range.low, static_cast<double>(intervals) / (range.high - range.low),
-                  static_cast<std::uint32_t>(intervals - 1)};
-    const std::vector<std::uint32_t> a = Group(actives, numActives, cut);
-    const std::vector<std::uint32_t> d = Group(decoys, numDecoys, cut);
-    std::uint64_t count = 0;
-    for (std::size_t k = 0; k < intervals; ++k) {
-      const std::size_t na = a[k + 1] - a[k], nd = d[k + 1] - d[k];
-      count += 2 * std::uint64_t{na} * d[k];  // against the decoys of all lower intervals
-      if (na != 0 && nd != 0) count += Count(actives + a[k], na, decoys + d[k], nd, depth + 1);
-    }
-    return count;
+  void Group(const std::vector<double>& numbers) {
+    for (const double x : numbers) ++starts_[FindInterval(x) + 1];
+    std::partial_sum(starts_.begin(), starts_.end(), starts_.begin());
+    std::vector<std::uint32_t> next(starts_.begin(), starts_.end() - 1);
+    size_ = numbers.size();
+    sorted_.assign(size_ + kWindow, kNaN);  // what a window reads past the end counts for nothing
+    for (const double x : numbers) sorted_[next[FindInterval(x)]++] = x;
+    for (std::size_t k = 0; k + 1 < starts_.size(); ++k)
+      std::sort(sorted_.begin() + Offset(starts_[k]), sorted_.begin() + Offset(starts_[k + 1]));
   }
+
+  double low_ = 0.0;
+  double scale_ = 0.0;
+  std::size_t size_ = 0;
+  std::vector<std::uint32_t> starts_;  // of each interval, with the end at the back
+  std::vector<double> sorted_;
 };
+
+/// Sums, over all pairs of numbers, 2 where the first is above the second and 1 where they are
+/// equal.
+std::uint64_t CountHalves(const std::vector<double>& first, const std::vector<double>& second) {
+  const bool indexSecond = second.size() <= first.size();
+  const IntervalIndex index(indexSecond ? second : first);
+  if (index.Size() == 0) return 0;
+  std::uint64_t halves = 0, probes = 0;
+  for (const double x : indexSecond ? first : second) {
+    if (std::isnan(x)) continue;
+    ++probes;
+    halves += index.CountHalvesBelow(x);
+  }
+  return indexSecond ? halves : 2 * probes * index.Size() - halves;
+}
 
 /// For each score, the share of `others` that it beats, ties counting one half.
 std::vector<double> Placements(const std::vector<double>& scores, std::vector<double> others,
@@ -258,10 +250,8 @@ bool QVCalculateAUC(double& auc, const std::vector<bool>& ranked, unsigned int t
 double QVCalculateAUC(const std::vector<double>& activeScores,
                       const std::vector<double>& decoyScores, bool higherIsBetter) {
   if (activeScores.empty()) return kNaN;
-  std::vector<double> actives = TakeNumbers(activeScores, higherIsBetter);
-  std::vector<double> decoys = TakeNumbers(decoyScores, higherIsBetter);
-  const std::uint64_t halves =
-      PairCounter().Count(actives.data(), actives.size(), decoys.data(), decoys.size());
+  const std::uint64_t halves = higherIsBetter ? CountHalves(activeScores, decoyScores)
+                                              : CountHalves(decoyScores, activeScores);
   return 0.5 * AsDouble(halves) /
          (static_cast<double>(decoyScores.size()) * static_cast<double>(activeScores.size()));
 }

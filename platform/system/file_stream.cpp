@@ -117,7 +117,8 @@ bool qvifstream::getline(std::string& line) {
   if (!impl_) return false;
   Impl& in = *impl_;
   bool any = false;
-  while (in.position < in.filled || in.Fill()) {
+  bool ended = false;
+  while (!ended && (in.position < in.filled || in.Fill())) {
     any = true;
     const char* const start = in.buffer.data() + in.position;
     const std::size_t left = in.filled - in.position;
@@ -130,9 +131,13 @@ bool qvifstream::getline(std::string& line) {
     const auto length = static_cast<std::size_t>(static_cast<const char*>(end) - start);
     line.append(start, length);
     in.position += length + 1;
-    break;
+    ended = true;
   }
-  if (!any) return false;
+  // A line that a fault cut could pass for a whole one.
+  if (!any || (!ended && HasError())) {
+    line.clear();
+    return false;
+  }
   if (!line.empty() && line.back() == '\r') line.pop_back();
   ++in.lineNumber;
   return true;

@@ -37,8 +37,8 @@ class QVSYSTEM_EXPORT qvifstream {
   void close();
   bool IsOpen() const;
 
-  /// Reads the next line without its end, "\n" or "\r\n". A last line without an end counts; other
-  /// bytes, NUL included, are delivered as they are.
+  /// Reads the next line without its end, "\n" or "\r\n". A last line without an end counts,
+  /// unless an error cut it; other bytes, NUL included, are delivered as they are.
   /// \return false at the end and after an error; `line` is then empty.
   bool getline(std::string& line);
 

@@ -8,6 +8,7 @@
 namespace QVPerf {
 
 bool RunAUC(const Run& run);
+bool RunVariogram(const Run& run);
 
 }  // namespace QVPerf
 

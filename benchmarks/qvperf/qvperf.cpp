@@ -17,6 +17,7 @@ namespace {
 constexpr Workload kWorkloads[] = {
     {"auc", RunAUC},
     {"vario", RunVariogram},
+    {"snn", RunSNN},
 };
 
 [[noreturn]] void Stop(const std::string& message) {

@@ -71,6 +71,16 @@ int QVIntFromDoubleChecked(double value) {
   return static_cast<int>(RoundChecked(value, "(int)" + bound, "(int)-" + bound));
 }
 
+unsigned int QVUnsignedFromCountChecked(std::uint64_t count) {
+  constexpr unsigned int kMax = std::numeric_limits<unsigned int>::max();
+  if (count > kMax)
+    QVReportFailedAssertion("(unsigned long)" + std::to_string(count) +
+                                " is greater than the maximum (unsigned int)" +
+                                std::to_string(kMax),
+                            __LINE__, __FILE__);
+  return static_cast<unsigned int>(count);
+}
+
 double QVDoubleFromCount(std::uint64_t count) {
   if (count > static_cast<std::uint64_t>(kExactLimit))
     QVReportFailedAssertion("(unsigned long)" + std::to_string(count) +

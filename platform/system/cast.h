@@ -26,6 +26,10 @@ QVSYSTEM_EXPORT double QVRoundHalfEven(double value);
 QVSYSTEM_EXPORT unsigned int QVUnsignedFromDoubleChecked(double value);
 QVSYSTEM_EXPORT int QVIntFromDoubleChecked(double value);
 
+/// A count as 32 bits. A larger one is a fatal report, "(unsigned long)5000000000 is greater than
+/// the maximum (unsigned int)4294967295", and converts modulo 2^32.
+QVSYSTEM_EXPORT unsigned int QVUnsignedFromCountChecked(std::uint64_t count);
+
 /// A count as a double. A count beyond 2^53 is a fatal report like those above.
 QVSYSTEM_EXPORT double QVDoubleFromCount(std::uint64_t count);
 

@@ -29,7 +29,7 @@ class QVRandom {
   float NextFloat() { return static_cast<float>(NextBits() >> 40) * 0x1p-24f; }
   /// \return a multiple of 2^-53 in [0, 1).
   double NextDouble() { return static_cast<double>(NextBits() >> 11) * 0x1p-53; }
-  /// \return an integer in [0, bound); 0 for a bound of 0. Biased by less than bound / 2^64.
+  /// \return an integer in [0, bound); 0 for a bound of 0. Exact up to 2^53.
   std::uint64_t NextBelow(std::uint64_t bound) {
     return static_cast<std::uint64_t>(NextDouble() * static_cast<double>(bound));
   }

@@ -12,7 +12,8 @@ namespace QVStats {
 template <class T>
 class QVBulkDistance {
  public:
-  /// Stores one more element; it gets the next position, counted from 0.
+  /// Stores one more element; it gets the next position, counted from 0. The element may change or
+  /// go away after the call.
   virtual void Add(const T& element) = 0;
   /// Writes to `distances[i]` the distance from `query` to stored element i, for all that are
   /// stored: equal to the last bit to what the distance function returns for the pair.

@@ -1,0 +1,115 @@
+#include "stats/api/private/krige_pairs.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "platform/system/error_handler.h"
+#include "platform/system/random.h"
+#include "stats/api/private/krige_system.h"
+
+namespace QVStats {
+
+QVKrigePairCache::Row QVKrigePairCache::BeginRow(bool unmeasured) {
+  Row row{rows_.size(), distances_.size(), measured_.size(), Partners::None, unmeasured};
+  if (!givenUp_) {
+    if (includeUnmeasured_)
+      row.partners = unmeasured ? Partners::Measured : Partners::All;
+    else if (!unmeasured)
+      row.partners = Partners::Measured;
+  }
+  rows_.push_back(row);
+  return row;
+}
+
+void QVKrigePairCache::EndRow(bool unmeasured) {
+  if (!unmeasured) measured_.push_back(rows_.size() - 1);
+  if (distances_.size() <= maxPairs_) return;
+  givenUp_ = true;
+  rows_ = {};
+  measured_ = {};
+  distances_ = {};
+}
+
+const double* QVKrigePairCache::Find(std::size_t a, std::size_t b) const {
+  if (givenUp_ || a == b) return nullptr;
+  const Row& later = rows_[std::max(a, b)];
+  const Row& earlier = rows_[std::min(a, b)];
+  if (later.partners == Partners::All) return &distances_[later.first + earlier.index];
+  if (later.partners == Partners::None || earlier.unmeasured) return nullptr;
+  return &distances_[later.first + earlier.measuredBefore];
+}
+
+namespace {
+
+/// The probability of a pair, in single precision; a maximum that has no exact value there is a
+/// fatal report.
+float ComputeFraction(std::uint64_t candidates, unsigned int maxPairs) {
+  if (candidates <= maxPairs) return 1.0f;
+  QV_ASSERT(static_cast<double>(static_cast<float>(maxPairs)) == static_cast<double>(maxPairs));
+  return 1.0f / static_cast<float>(candidates) * static_cast<float>(maxPairs);
+}
+
+std::uint64_t CountPairs(std::uint64_t n) { return n < 2 ? 0 : n * (n - 1) / 2; }
+
+}  // namespace
+
+QVKrigePairSampler::QVKrigePairSampler(const std::vector<bool>& unmeasured, bool includeUnmeasured,
+                                       unsigned int maxPairs)
+    : unmeasured_(unmeasured), includeUnmeasured_(includeUnmeasured) {
+  const std::uint64_t n = unmeasured.size();
+  const auto u = static_cast<std::uint64_t>(std::count(unmeasured.begin(), unmeasured.end(), true));
+  numCandidates_ = includeUnmeasured ? CountPairs(n) - CountPairs(u) : CountPairs(n - u);
+  fraction_ = ComputeFraction(numCandidates_, maxPairs);
+}
+
+std::vector<std::pair<std::size_t, std::size_t>> QVKrigePairSampler::Draw() const {
+  std::vector<std::pair<std::size_t, std::size_t>> pairs;
+  pairs.reserve(static_cast<std::size_t>(std::min(1.0, 1.01 * static_cast<double>(fraction_)) *
+                                         static_cast<double>(numCandidates_)));
+  const double logSkip = std::log1p(-static_cast<double>(fraction_));
+  QVSystem::QVRandom random(0);
+  // How many candidates are passed over before the next one that is drawn.
+  const auto drawGap = [&]() -> double {
+    return fraction_ >= 1.0f ? 0.0 : std::floor(std::log1p(-random.NextDouble()) / logSkip);
+  };
+
+  std::vector<std::size_t> measured;
+  for (std::size_t i = 0; i < unmeasured_.size(); ++i)
+    if (!unmeasured_[i]) measured.push_back(i);
+  std::size_t firstLater = 0;  // of measured elements, the first after i
+  double gap = drawGap();
+  for (std::size_t i = 0; i < unmeasured_.size(); ++i) {
+    if (!unmeasured_[i]) ++firstLater;
+    if (unmeasured_[i] && !includeUnmeasured_) continue;
+    const bool any = includeUnmeasured_ && !unmeasured_[i];
+    const std::size_t partners = any ? unmeasured_.size() - i - 1 : measured.size() - firstLater;
+    double next = gap;
+    for (; next < static_cast<double>(partners); next += 1.0 + drawGap()) {
+      const auto k = static_cast<std::size_t>(next);
+      pairs.emplace_back(i, any ? i + 1 + k : measured[firstLater + k]);
+    }
+    gap = next - static_cast<double>(partners);
+  }
+  return pairs;
+}
+
+std::vector<QVKrigeCandidate> QVSelectNearest(const std::vector<double>& distances,
+                                              std::size_t count, bool leaveOutIdentical) {
+  std::vector<QVKrigeCandidate> candidates;
+  candidates.reserve(distances.size());
+  for (std::size_t i = 0; i < distances.size(); ++i)
+    if (!leaveOutIdentical || !(std::abs(distances[i]) < kKrigeIdenticalDistance))
+      candidates.push_back({distances[i], i});
+  const auto nearer = [](const QVKrigeCandidate& a, const QVKrigeCandidate& b) {
+    return a.distance < b.distance || (a.distance == b.distance && a.index < b.index);
+  };
+  if (count < candidates.size()) {
+    const auto end = candidates.begin() + static_cast<std::ptrdiff_t>(count);
+    std::nth_element(candidates.begin(), end, candidates.end(), nearer);
+    candidates.erase(end, candidates.end());
+  }
+  std::sort(candidates.begin(), candidates.end(), nearer);
+  return candidates;
+}
+
+}  // namespace QVStats

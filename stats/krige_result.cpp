@@ -1,0 +1,52 @@
+#include "stats/api/krige_result.h"
+
+#include <cmath>
+#include <utility>
+
+#include "platform/system/error_handler.h"
+#include "stats/api/private/krige_result_impl.h"
+
+namespace QVStats {
+
+QVKrigeResultBase::~QVKrigeResultBase() = default;
+
+QVKrigeResult::QVKrigeResult() : result_(new QVKrigeResultImpl) {}
+
+QVKrigeResult::QVKrigeResult(const QVKrigeResultBase& result) : result_(result.CreateCopy()) {}
+
+QVKrigeResult::QVKrigeResult(std::unique_ptr<QVKrigeResultBase> result)
+    : result_(result ? std::move(result) : std::make_unique<QVKrigeResultImpl>()) {}
+
+double QVCalculateResponse(const QVKrigeResultBase& result, double errorValue) {
+  QV_ASSERT(!std::isnan(errorValue));
+  if (!result.Valid()) return errorValue;
+  double sum = 0.0;
+  for (unsigned int i = 0; i < result.GetNumElements(); ++i)
+    sum += result.GetWeight(i) * result.GetResponse(i);
+  const double response = result.GetBaselineResponse() + sum;
+  return QV_ASSERT(!std::isnan(response)) ? response : errorValue;
+}
+
+double QVCalculateResponse(const QVKrigeResult& result, double errorValue) {
+  return QVCalculateResponse(result.GetBase(), errorValue);
+}
+
+double QVCalculateVariance(const QVKrigeResultBase& result, double errorValue) {
+  if (!result.Valid()) return errorValue;
+  const QVKrigeKernel kernel = result.GetKernel();
+  const double sill = kernel.GetSill();
+  double sum = 0.0;
+  for (unsigned int i = 0; i < result.GetNumElements(); ++i) {
+    const double covariance = QVGetKrigeCovariance(sill, kernel.GetValue(result.GetDistance(i)));
+    QV_ASSERT(covariance >= 0.0);
+    sum += result.GetWeight(i) * covariance;
+  }
+  const double variance = sill - sum;
+  return variance < 0.0 ? errorValue : variance;
+}
+
+double QVCalculateVariance(const QVKrigeResult& result, double errorValue) {
+  return QVCalculateVariance(result.GetBase(), errorValue);
+}
+
+}  // namespace QVStats

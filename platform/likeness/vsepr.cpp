@@ -201,10 +201,14 @@ void QVPrepVsepr(QVChem::QVMolBase& mol, const QVVseprOptions& options) {
   mol.SetData(kFingerprintTag, QVVseprFingerprint(mol, options));
 }
 
+const QVVseprFingerprint* QVFindVsepr(const QVChem::QVMolBase& mol) {
+  return mol.FindData<QVVseprFingerprint>(kFingerprintTag);
+}
+
 double QVGetVseprTanimoto(const QVChem::QVMolBase& a, const QVChem::QVMolBase& b,
                           double errorValue) {
-  const auto* const first = a.FindData<QVVseprFingerprint>(kFingerprintTag);
-  const auto* const second = b.FindData<QVVseprFingerprint>(kFingerprintTag);
+  const QVVseprFingerprint* const first = QVFindVsepr(a);
+  const QVVseprFingerprint* const second = QVFindVsepr(b);
   return first && second ? first->GetTanimoto(*second) : errorValue;
 }
 

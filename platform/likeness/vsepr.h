@@ -180,6 +180,9 @@ QVLIKENESS_EXPORT std::vector<QVVseprFingerprint> QVGetVseprAtomFingerprints(
 /// Attaches its fingerprint to a molecule as generic data, in place of an earlier one.
 QVLIKENESS_EXPORT void QVPrepVsepr(QVChem::QVMolBase& mol, const QVVseprOptions& options);
 
+/// \return the fingerprint that QVPrepVsepr attached to a molecule; null when it is not prepared.
+QVLIKENESS_EXPORT const QVVseprFingerprint* QVFindVsepr(const QVChem::QVMolBase& mol);
+
 /// The Tanimoto coefficient of two molecules that QVPrepVsepr has prepared.
 /// \return `errorValue` when one of them is not prepared.
 QVLIKENESS_EXPORT double QVGetVseprTanimoto(const QVChem::QVMolBase& a, const QVChem::QVMolBase& b,

@@ -63,8 +63,17 @@ std::string QVFormat(const char* format, ...) {
   return text;
 }
 
-std::vector<std::string> QVStringTokenize(std::string_view text, std::string_view delimiters) {
+std::vector<std::string> QVStringTokenize(std::string_view text, std::string_view delimiters,
+                                          bool dropEmpty) {
   std::vector<std::string> tokens;
+  if (!dropEmpty) {
+    for (std::size_t from = 0; from <= text.size();) {
+      const std::size_t to = std::min(text.find_first_of(delimiters, from), text.size());
+      tokens.emplace_back(text.substr(from, to - from));
+      from = to + 1;
+    }
+    return tokens;
+  }
   std::size_t start = text.find_first_not_of(delimiters);
   while (start != std::string_view::npos) {
     const std::size_t end = std::min(text.find_first_of(delimiters, start), text.size());
@@ -74,13 +83,13 @@ std::vector<std::string> QVStringTokenize(std::string_view text, std::string_vie
   return tokens;
 }
 
-std::vector<std::string> QVStringTokenizeQuoted(std::string_view text,
-                                                std::string_view delimiters) {
+std::vector<std::string> QVStringTokenizeQuoted(std::string_view text, std::string_view delimiters,
+                                                std::string_view quotes) {
   std::vector<std::string> tokens;
   std::size_t start = text.find_first_not_of(delimiters);
   while (start != std::string_view::npos) {
     const char first = text[start];
-    const bool quoted = first == '"' || first == '\'';
+    const bool quoted = quotes.find(first) != std::string_view::npos;
     const std::size_t from = quoted ? start + 1 : start;
     const std::size_t end = std::min(
         quoted ? text.find(first, from) : text.find_first_of(delimiters, from), text.size());

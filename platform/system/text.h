@@ -33,14 +33,17 @@ QVSYSTEM_EXPORT std::string QVFormat(const char* format, ...) __attribute__((for
 
 constexpr const char* QVWhiteSpace = " \t\r\n\f\v";
 
-/// The pieces of a text between runs of delimiters; no piece is empty.
+/// The pieces of a text between runs of delimiters; no piece is empty. With `dropEmpty` false every
+/// delimiter ends a piece, so that "a,,b," has four pieces, the second and the last one empty.
 QVSYSTEM_EXPORT std::vector<std::string> QVStringTokenize(
-    std::string_view text, std::string_view delimiters = QVWhiteSpace);
+    std::string_view text, std::string_view delimiters = QVWhiteSpace, bool dropEmpty = true);
 
-/// The same, but a piece that begins with ' or " runs to the matching quote, delimiters included;
-/// the quotes are dropped. A quote that is not closed runs to the end of the text.
+/// The pieces between runs of delimiters, but a piece that begins with one of the quotes runs to
+/// the matching quote, delimiters included; the quotes are dropped. A quote that is not closed runs
+/// to the end of the text.
 QVSYSTEM_EXPORT std::vector<std::string> QVStringTokenizeQuoted(
-    std::string_view text, std::string_view delimiters = QVWhiteSpace);
+    std::string_view text, std::string_view delimiters = QVWhiteSpace,
+    std::string_view quotes = "'\"");
 
 /// The text without white space at its two ends.
 QVSYSTEM_EXPORT std::string_view QVStripWhiteSpace(std::string_view text);

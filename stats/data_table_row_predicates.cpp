@@ -106,14 +106,14 @@ void QVRowColPredOf<Test, Value>::Evaluate(const QVRowNumbers& rows, unsigned ch
   }
 }
 
-template class QVSTATS_EXPORT QVRowColPredOf<QVRowColEqualsUnsigned, unsigned int>;
-template class QVSTATS_EXPORT QVRowColPredOf<QVRowColEqualsInt, int>;
-template class QVSTATS_EXPORT QVRowColPredOf<QVRowColEqualsDouble, double>;
-template class QVSTATS_EXPORT QVRowColPredOf<QVRowColEqualsString, std::string>;
-template class QVSTATS_EXPORT QVRowColPredOf<QVRowColWithinInclUnsignedRange, unsigned int>;
-template class QVSTATS_EXPORT QVRowColPredOf<QVRowColWithinInclIntRange, int>;
-template class QVSTATS_EXPORT QVRowColPredOf<QVRowColWithinInclDoubleRange, double>;
-template class QVSTATS_EXPORT QVRowColPredOf<QVRowColWithinInclStringRange, std::string>;
+template class QVRowColPredOf<QVRowColEqualsUnsigned, unsigned int>;
+template class QVRowColPredOf<QVRowColEqualsInt, int>;
+template class QVRowColPredOf<QVRowColEqualsDouble, double>;
+template class QVRowColPredOf<QVRowColEqualsString, std::string>;
+template class QVRowColPredOf<QVRowColWithinInclUnsignedRange, unsigned int>;
+template class QVRowColPredOf<QVRowColWithinInclIntRange, int>;
+template class QVRowColPredOf<QVRowColWithinInclDoubleRange, double>;
+template class QVRowColPredOf<QVRowColWithinInclStringRange, std::string>;
 
 QVAndOfDataTableRowPreds::QVAndOfDataTableRowPreds(const QVDataTableRowPredBase& first,
                                                    const QVDataTableRowPredBase& second)

@@ -37,7 +37,7 @@ class QVSTATS_EXPORT QVDataTableRowPredBase : public QVSystem::QVUnaryPredicate<
 /// What the tests of a cell share: a column and the index of the value within its row. The cell is
 /// read as a `Value` (unsigned int, int, double or std::string) and given to `Test::Holds`.
 template <class Test, class Value>
-class QVRowColPredOf : public QVDataTableRowPredBase {
+class QVSTATS_EXPORT QVRowColPredOf : public QVDataTableRowPredBase {
  public:
   bool operator()(const QVDataTableRow& row) const override;
   QVRowColPredOf* CreateCopy() const override;

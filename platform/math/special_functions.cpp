@@ -1,10 +1,13 @@
 #include "platform/math/special_functions.h"
 
+#include <algorithm>
 #include <boost/math/special_functions/beta.hpp>
 #include <boost/math/special_functions/digamma.hpp>
 #include <boost/math/special_functions/erf.hpp>
 #include <boost/math/special_functions/gamma.hpp>
 #include <boost/math/special_functions/trigamma.hpp>
+#include <cmath>
+#include <limits>
 
 namespace QVMath {
 
@@ -35,6 +38,27 @@ double QVIncompleteBetaComplement(double a, double b, double x) {
 double QVIncompleteGamma(double a, double x) { return boost::math::gamma_p(a, x, Quiet()); }
 double QVIncompleteGammaComplement(double a, double x) {
   return boost::math::gamma_q(a, x, Quiet());
+}
+double QVLogBeta(double a, double b) {
+  const double small = std::min(a, b), large = std::max(a, b);
+  constexpr double kPlainUpTo = 20.0;  // to there the terms are small and lose no digits
+  if (small + large <= kPlainUpTo) return QVlgamma(small) + QVlgamma(large) - QVlgamma(a + b);
+  const double beta = boost::math::beta(a, b, Quiet());
+  if (beta > std::numeric_limits<double>::min()) return std::log(beta);
+  return QVlgamma(small) + QVlgamma(large) - QVlgamma(a + b);
+}
+double QVIncompleteGammaDerivative(double a, double x) {
+  return boost::math::gamma_p_derivative(a, x, Quiet());
+}
+double QVIncompleteBetaDerivative(double a, double b, double x) {
+  return boost::math::ibeta_derivative(a, b, x, Quiet());
+}
+double QVerfcInverse(double q) { return boost::math::erfc_inv(q, Quiet()); }
+double QVIncompleteGammaComplementInverse(double a, double q) {
+  return boost::math::gamma_q_inv(a, q, Quiet());
+}
+double QVIncompleteBetaInverse(double a, double b, double p, double& oneMinusX) {
+  return boost::math::ibeta_inv(a, b, p, &oneMinusX, Quiet());
 }
 
 }  // namespace QVMath

@@ -29,6 +29,19 @@ QVMATH_EXPORT double QVIncompleteBetaComplement(double a, double b, double x);
 QVMATH_EXPORT double QVIncompleteGamma(double a, double x);
 /// The upper one, Q(a, x) = 1 - P(a, x), with all its digits where that is small.
 QVMATH_EXPORT double QVIncompleteGammaComplement(double a, double x);
+/// log B(a, b) = log Gamma(a) + log Gamma(b) - log Gamma(a + b), with the digits that the
+/// differences of large terms would lose; a > 0, b > 0.
+QVMATH_EXPORT double QVLogBeta(double a, double b);
+/// The derivative of P(a, x) by x, x^(a - 1) exp(-x) / Gamma(a), right for large a too.
+QVMATH_EXPORT double QVIncompleteGammaDerivative(double a, double x);
+/// The derivative of I_x(a, b) by x, x^(a - 1) (1 - x)^(b - 1) / B(a, b), right for large a, b too.
+QVMATH_EXPORT double QVIncompleteBetaDerivative(double a, double b, double x);
+/// The x with 1 - erf(x) = q, 0 <= q <= 2.
+QVMATH_EXPORT double QVerfcInverse(double q);
+/// The x with Q(a, x) = q, 0 <= q <= 1.
+QVMATH_EXPORT double QVIncompleteGammaComplementInverse(double a, double q);
+/// The x with I_x(a, b) = p, 0 <= p <= 1, and 1 - x with all its digits.
+QVMATH_EXPORT double QVIncompleteBetaInverse(double a, double b, double p, double& oneMinusX);
 
 }  // namespace QVMath
 

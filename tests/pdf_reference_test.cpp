@@ -1,0 +1,113 @@
+// Univariate distributions against 50-digit values: tests/data/pdf_reference.tsv, which
+// tools/make_pdf_reference.py writes with mpmath.
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/system/text.h"
+#include "stats/api/pdf.h"
+
+namespace QVStats {
+namespace {
+
+struct ReferenceLine {
+  std::string family, parameters, function;
+  double argument, value;
+};
+
+/// The lines of one family.
+std::vector<ReferenceLine> ReadReference(const std::string& family) {
+  std::ifstream file(QVSTATS_TEST_DATA "/pdf_reference.tsv");
+  std::vector<ReferenceLine> lines;
+  ReferenceLine line;
+  while (file >> line.family >> line.parameters >> line.function >> line.argument >> line.value)
+    if (line.family == family) lines.push_back(line);
+  return lines;
+}
+
+QVUniVarPDF Make(const std::string& family, const std::string& parameters) {
+  std::vector<double> p;
+  for (const std::string& number : QVSystem::QVStringTokenize(parameters, ","))
+    p.push_back(std::stod(number));
+  QVStatModelResult result(true);
+  if (family == "gaussian") return QVUnivariateGaussian("x", p[0], p[1], result);
+  if (family == "students_t") return QVUnivariateStudentsT("x", p[0], p[1], p[2], result);
+  if (family == "gamma") return QVGamma("x", p[0], p[1], result);
+  if (family == "chi_squared") return QVChiSquare("x", p[0], result);
+  if (family == "snedecors_f") return QVSnedecorsF("x", p[0], p[1], result);
+  if (family == "beta") return QVBeta("x", p[0], p[1], result);
+  if (family == "gumbel") return QVGumbel("x", p[0], p[1], result);
+  if (family == "gev") return QVGeneralizedExtremeValue("x", p[0], p[1], p[2], result);
+  return QVUniVarNullPDF("x");
+}
+
+const std::map<std::string, QVPDFFunction> kFunctions = {
+    {"density", QVPDFFunction::Density},
+    {"cdf", QVPDFFunction::CDF},
+    {"survival", QVPDFFunction::Survival},
+    {"log_density", QVPDFFunction::LogDensity},
+    {"log_survival", QVPDFFunction::LogSurvival}};
+
+class PdfReference : public testing::TestWithParam<const char*> {};
+INSTANTIATE_TEST_SUITE_P(Families, PdfReference,
+                         testing::Values("gaussian", "students_t", "gamma", "chi_squared",
+                                         "snedecors_f", "beta", "gumbel", "gev"),
+                         [](const auto& row) { return std::string(row.param); });
+
+// Relative error 1e-13. The condition number of a probability is about the logarithm of it, so
+// that far out in a tail (from about exp(-80) on) it allows 6 roundings of that logarithm.
+TEST_P(PdfReference, FunctionsAreRightIntoTheTails) {
+  const auto lines = ReadReference(GetParam());
+  ASSERT_GT(lines.size(), 50u);
+  for (const ReferenceLine& line : lines) {
+    const QVUniVarPDF pdf = Make(line.family, line.parameters);
+    QVStatModelResult result(true);
+    const double value =
+        pdf.GetImpl()->GetValue(kFunctions.at(line.function), line.argument, result, true);
+    ASSERT_TRUE(result.IsSuccessful()) << result.ReportStatResultDetails();
+    const bool isLog = line.function.compare(0, 4, "log_") == 0;
+    const double scale = isLog ? std::max(1.0, std::abs(line.value)) : line.value;
+    const double condition = isLog ? 0.0 : std::abs(std::log(line.value));
+    const double tolerance = std::max(1e-13, 6 * 0x1p-52 * condition);
+    EXPECT_LE(std::abs(value - line.value), tolerance * scale)
+        << line.family << " " << line.parameters << " " << line.function << " at " << line.argument
+        << ": " << value << ", should be " << line.value << ", relative error "
+        << std::abs(value - line.value) / scale;
+  }
+}
+
+// The argument is the percentile of its distribution function. The search promises |F(x) - p| and
+// the last step; an error of the probability comes back as an error of x through the density.
+TEST_P(PdfReference, PercentilesInvertTheDistributionFunction) {
+  std::map<std::string, double> density;
+  const bool isStudents = std::string(GetParam()) == "students_t";
+  const double tolX = isStudents ? 5e-8 : 2.3e-14, tolY = isStudents ? 5e-10 : 2.3e-14;
+  int searched = 0;
+  for (const ReferenceLine& line : ReadReference(GetParam())) {
+    if (line.function == "density") density[line.parameters] = line.value;
+    const bool upper = line.function == "survival";
+    if ((line.function != "cdf" && !upper) || line.value < 1e-9 || line.value > 0.999) continue;
+    const QVUniVarPDF pdf = Make(line.family, line.parameters);
+    QVStatModelResult result(true);
+    const double x = upper ? pdf.GetUpperTailPercentile(line.value, result)
+                           : pdf.GetPercentile(line.value, result);
+    ASSERT_TRUE(result.IsSuccessful()) << line.value << result.ReportStatResultDetails();
+    const double byProbability =
+        4 * (upper ? 0x1p-50 * line.value : tolY) / density[line.parameters];
+    const double byStep = upper ? 0.0 : (1.0 + std::abs(x)) * tolX;
+    const double rounding = 1e-13 * std::abs(line.argument);
+    EXPECT_NEAR(x, line.argument, byProbability + byStep + rounding)
+        << line.family << " " << line.parameters << " " << line.function << " " << line.value;
+    ++searched;
+  }
+  EXPECT_GT(searched, 8);
+}
+
+}  // namespace
+}  // namespace QVStats

@@ -1,0 +1,81 @@
+/// \file
+/// \brief Dense linear algebra and array functions at the speed of the machine.
+///
+/// One interface on raw pointers, implemented for the baseline instruction set and for AVX2 with
+/// FMA; the best one that the machine has is chosen at run time. The implementations differ by
+/// rounding only. Matrices are stored by columns: element (i, j) of a matrix with leading dimension
+/// ld stands at [i + j ld], as in Eigen's MatrixXd. Nothing is read or written outside the parts
+/// that are named. All functions are safe to call from many threads on distinct outputs.
+///
+/// Sources: K. Goto, R. A. van de Geijn, "Anatomy of High-Performance Matrix Multiplication", ACM
+/// TOMS 34(3), 2008, doi:10.1145/1356052.1356053; F. G. Gustavson, "Recursion leads to automatic
+/// variable blocking for dense linear-algebra algorithms", IBM J. Res. Dev. 41(6), 1997,
+/// doi:10.1147/rd.416.0737.
+#ifndef QV_PLATFORM_MATH_DENSE_KERNELS_H
+#define QV_PLATFORM_MATH_DENSE_KERNELS_H
+
+#include <cstddef>
+
+#include "platform/math/export.h"
+
+namespace QVMath {
+
+/// Elements (i, k) of a matrix at data[i * rowStep + k * columnStep]; a step may be negative.
+struct QVDenseView {
+  const double* data;
+  std::ptrdiff_t rowStep;
+  std::ptrdiff_t columnStep;
+};
+
+/// The functions for one instruction set.
+struct QVDenseKernels {
+  const char* name;
+
+  /// Replaces the lower triangle of a symmetric n x n matrix by its Cholesky factor L, A = L L'.
+  /// The part above the diagonal is neither read nor written.
+  /// \return false as soon as a pivot is not above 0, or is not a number: the matrix is not
+  /// positive definite, and its lower triangle is then undefined.
+  bool (*cholesky)(std::size_t n, double* a, std::size_t lda);
+
+  /// Replaces B (n x m) by the solution X of L X = B, with the lower triangle of L (n x n).
+  void (*solveLower)(std::size_t n, const double* l, std::size_t ldl, std::size_t m, double* b,
+                     std::size_t ldb);
+  /// The same for L' X = B.
+  void (*solveLowerTransposed)(std::size_t n, const double* l, std::size_t ldl, std::size_t m,
+                               double* b, std::size_t ldb);
+
+  /// C(i, j) += factor * sum_k A(i, k) B(j, k) for the m x n matrix C and `depth` terms k.
+  void (*multiply)(std::size_t m, std::size_t n, std::size_t depth, double factor, QVDenseView a,
+                   QVDenseView b, double* c, std::size_t ldc);
+  /// The same with B = A, for the lower triangle of the n x n matrix C alone.
+  void (*rankUpdate)(std::size_t n, std::size_t depth, double factor, QVDenseView a, double* c,
+                     std::size_t ldc);
+
+  /// sum_i x_i y_i.
+  double (*dot)(std::size_t n, const double* x, const double* y);
+  /// y_j += factor * sum_i A(i, j) x_i: the m columns of A (n x m) against one vector.
+  void (*multiplyTransposed)(std::size_t n, std::size_t m, double factor, const double* a,
+                             std::size_t lda, const double* x, double* y);
+  /// y_i += factor * sum_j A(i, j) x_j for A (n x m).
+  void (*multiplyVector)(std::size_t n, std::size_t m, double factor, const double* a,
+                         std::size_t lda, const double* x, double* y);
+
+  /// y_i = exp(x_i), within 1 unit in the last place; subnormal results, infinities and NaN as
+  /// std::exp. The arrays may be the same.
+  void (*exp)(std::size_t n, const double* x, double* y);
+  /// y_i = log(x_i), within 1 unit in the last place; NaN below 0, -infinity at 0.
+  void (*log)(std::size_t n, const double* x, double* y);
+};
+
+/// The instruction sets, the slowest first.
+enum class QVDensePath { Plain, Avx2 };
+
+/// \return the functions for an instruction set, or null where this machine or this build lacks it.
+QVMATH_EXPORT const QVDenseKernels* QVFindDenseKernels(QVDensePath path);
+
+/// \return the fastest functions that this machine can run.
+QVMATH_EXPORT const QVDenseKernels& QVGetDenseKernels();
+
+}  // namespace QVMath
+
+#endif  // QV_PLATFORM_MATH_DENSE_KERNELS_H

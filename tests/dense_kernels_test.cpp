@@ -1,0 +1,231 @@
+#include "platform/math/dense_kernels.h"
+
+#include <gmock/gmock.h>
+
+#include <Eigen/Cholesky>
+#include <Eigen/Dense>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace QVMath {
+namespace {
+
+using Eigen::Index;
+using Eigen::MatrixXd;
+using Eigen::VectorXd;
+
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+/// Left where a routine must not write.
+constexpr double kUntouched = 12345.0;
+
+std::size_t Size(Index n) { return static_cast<std::size_t>(n); }
+
+MatrixXd MakeRandom(Index rows, Index columns, unsigned int seed) {
+  std::mt19937 engine(seed);
+  std::normal_distribution<double> noise;
+  MatrixXd a(rows, columns);
+  for (double& element : a.reshaped()) element = noise(engine);
+  return a;
+}
+
+MatrixXd MakePositiveDefinite(Index n) {
+  const MatrixXd a = MakeRandom(n, n + 5, 3);
+  return a * a.transpose() / static_cast<double>(n) + 0.1 * MatrixXd::Identity(n, n);
+}
+
+/// Every instruction set of this machine.
+class DenseKernels : public testing::TestWithParam<QVDensePath> {
+ protected:
+  void SetUp() override {
+    kernels_ = QVFindDenseKernels(GetParam());
+    if (!kernels_) GTEST_SKIP() << "this machine lacks the instruction set";
+  }
+
+  /// The factor in the leading block of a larger matrix, its upper part as it was.
+  static MatrixXd Embed(const MatrixXd& a) {
+    MatrixXd large = MatrixXd::Constant(a.rows() + 3, a.cols(), kUntouched);
+    large.topRows(a.rows()).triangularView<Eigen::Lower>() = a;
+    return large;
+  }
+
+  const QVDenseKernels* kernels_ = nullptr;
+};
+INSTANTIATE_TEST_SUITE_P(Paths, DenseKernels,
+                         testing::Values(QVDensePath::Plain, QVDensePath::Avx2),
+                         [](const auto& path) {
+                           return path.param == QVDensePath::Plain ? "Plain" : "Avx2";
+                         });
+
+// Sizes around the register tiles, the base cases and the cache blocks.
+constexpr Index kSizes[] = {1, 2, 3, 4, 5, 11, 12, 13, 23, 24, 25, 47, 64, 96, 97, 131, 200, 389};
+
+TEST_P(DenseKernels, CholeskyLeavesASmallResidual) {
+  for (const Index n : kSizes) {
+    const MatrixXd a = MakePositiveDefinite(n);
+    MatrixXd factor = Embed(a);
+    ASSERT_TRUE(kernels_->cholesky(Size(n), factor.data(), Size(n + 3))) << n;
+    const MatrixXd l = factor.topRows(n).triangularView<Eigen::Lower>();
+    EXPECT_LE((l * l.transpose() - a).cwiseAbs().maxCoeff(),
+              kEpsilon * static_cast<double>(n + 8) * a.diagonal().maxCoeff())
+        << n;
+    const MatrixXd reference = a.llt().matrixL();
+    EXPECT_LE((l - reference).cwiseAbs().maxCoeff(), 1e-12) << n;
+    EXPECT_EQ((factor.array() == kUntouched).count(), 3 * n + n * (n - 1) / 2) << n;
+  }
+}
+
+TEST_P(DenseKernels, CholeskyRefusesWhatIsNotPositiveDefinite) {
+  for (const Index n : {1, 5, 30, 150, 300})
+    for (const double bad : {0.0, -1.0, std::nan("")}) {
+      const Index where = 2 * n / 3;
+      MatrixXd a = MakePositiveDefinite(n);
+      a.row(where).setZero();
+      a.col(where).setZero();
+      a(where, where) = bad;
+      EXPECT_FALSE(kernels_->cholesky(Size(n), a.data(), Size(n))) << n << " " << bad;
+    }
+  MatrixXd ones = MatrixXd::Ones(40, 40);
+  EXPECT_FALSE(kernels_->cholesky(40, ones.data(), 40));
+}
+
+// Hilbert-like matrices, condition 1e13 at n = 10: the backward error must stay small all the same.
+TEST_P(DenseKernels, CholeskyOfAnIllConditionedMatrix) {
+  const Index n = 150;
+  MatrixXd a(n, n);
+  for (Index i = 0; i < n; ++i)
+    for (Index j = 0; j < n; ++j)
+      a(i, j) =
+          std::exp(-0.5 * std::pow(0.3 * static_cast<double>(i - j), 2)) + (i == j ? 1e-12 : 0.0);
+  MatrixXd factor = a;
+  ASSERT_TRUE(kernels_->cholesky(Size(n), factor.data(), Size(n)));
+  const MatrixXd l = factor.triangularView<Eigen::Lower>();
+  EXPECT_LE((l * l.transpose() - a).cwiseAbs().maxCoeff(), 1e-14);
+  VectorXd x = VectorXd::Ones(n);
+  kernels_->solveLower(Size(n), l.data(), Size(n), 1, x.data(), Size(n));
+  EXPECT_LE((l * x - VectorXd::Ones(n)).cwiseAbs().maxCoeff(),
+            1e-14 * (l.cwiseAbs() * x.cwiseAbs()).maxCoeff());
+}
+
+TEST_P(DenseKernels, TriangularSolvesLeaveSmallResiduals) {
+  for (const Index n : kSizes)
+    for (const Index m : {1, 3, 4, 13, 50}) {
+      const MatrixXd factor = Embed(MakePositiveDefinite(n).llt().matrixL());
+      const MatrixXd l = factor.topRows(n).triangularView<Eigen::Lower>();
+      MatrixXd b = MakeRandom(n + 2, m, 7);
+      for (const bool transposed : {false, true}) {
+        MatrixXd x = b;
+        (transposed ? kernels_->solveLowerTransposed : kernels_->solveLower)(
+            Size(n), factor.data(), Size(n + 3), Size(m), x.data(), Size(n + 2));
+        const MatrixXd system = transposed ? MatrixXd(l.transpose()) : l;
+        EXPECT_LE((system * x.topRows(n) - b.topRows(n)).cwiseAbs().maxCoeff(), 1e-12)
+            << n << " " << m << " " << transposed;
+        EXPECT_EQ(x.bottomRows(2), b.bottomRows(2));
+      }
+    }
+}
+
+TEST_P(DenseKernels, ProductsAreThoseOfEigen) {
+  for (const Index m : {1, 5, 12, 40, 205})
+    for (const Index n : {1, 4, 9, 200})
+      for (const Index depth : {0, 1, 7, 193}) {
+        // A by columns, B by rows and backwards.
+        const MatrixXd a = MakeRandom(m + 1, depth, 11);
+        const MatrixXd b = MakeRandom(depth, n, 12);
+        MatrixXd c = MakeRandom(m + 2, n, 13);
+        MatrixXd expected = c;
+        expected.topRows(m) -= 0.5 * a.topRows(m) * b.rowwise().reverse();
+        const double* lastColumn = b.data() + depth * (n - 1);
+        kernels_->multiply(Size(m), Size(n), Size(depth), -0.5, {a.data(), 1, m + 1},
+                           {lastColumn, -depth, 1}, c.data(), Size(m + 2));
+        EXPECT_LE((c - expected).cwiseAbs().maxCoeff(), 1e-12) << m << " " << n << " " << depth;
+      }
+}
+
+TEST_P(DenseKernels, RankUpdateWritesTheLowerTriangleAlone) {
+  for (const Index n : {1, 4, 13, 50, 210}) {
+    const Index depth = 30;
+    const MatrixXd a = MakeRandom(n, depth, 21);
+    MatrixXd c = MatrixXd::Constant(n, n, kUntouched);
+    c.triangularView<Eigen::Lower>().setZero();
+    kernels_->rankUpdate(Size(n), Size(depth), 2.0, {a.data(), 1, n}, c.data(), Size(n));
+    MatrixXd expected = MatrixXd::Constant(n, n, kUntouched);
+    expected.triangularView<Eigen::Lower>() = 2.0 * a * a.transpose();
+    EXPECT_LE((c - expected).cwiseAbs().maxCoeff(), 1e-12) << n;
+  }
+}
+
+TEST_P(DenseKernels, VectorProducts) {
+  for (const Index n : {0, 1, 7, 33, 100})
+    for (const Index m : {0, 1, 4, 6}) {
+      const MatrixXd a = MakeRandom(n + 1, m, 5);
+      const VectorXd x = MakeRandom(n, 1, 6), z = MakeRandom(m, 1, 7);
+      VectorXd y = VectorXd::Ones(m), w = VectorXd::Ones(n);
+      kernels_->multiplyTransposed(Size(n), Size(m), 0.5, a.data(), Size(n + 1), x.data(),
+                                   y.data());
+      kernels_->multiplyVector(Size(n), Size(m), -2.0, a.data(), Size(n + 1), z.data(), w.data());
+      const MatrixXd top = a.topRows(n);
+      EXPECT_TRUE(y.isApprox(VectorXd::Ones(m) + 0.5 * top.transpose() * x, 1e-13));
+      EXPECT_TRUE(w.isApprox(VectorXd::Ones(n) - 2.0 * top * z, 1e-13));
+      EXPECT_NEAR(kernels_->dot(Size(n), x.data(), w.data()), x.dot(w), 1e-12);
+    }
+}
+
+/// The distance of a result from the exact value, in units in the last place of that value.
+double GetUnitsOff(double value, long double exact) {
+  const double rounded = static_cast<double>(exact);
+  const double unit = std::nextafter(std::abs(rounded), INFINITY) - std::abs(rounded);
+  return static_cast<double>(std::abs((static_cast<long double>(value) - exact) / unit));
+}
+
+// Against the 64-bit mantissa of long double.
+TEST_P(DenseKernels, ExponentialAndLogarithmAreRightToOneUnit) {
+  std::mt19937_64 engine(17);
+  std::vector<double> x(100003);
+  for (const double scale : {1e-3, 1.0, 30.0, 705.0}) {
+    std::uniform_real_distribution<double> uniform(-scale, scale);
+    for (double& value : x) value = uniform(engine);
+    std::vector<double> y(x.size());
+    kernels_->exp(x.size(), x.data(), y.data());
+    double worstExp = 0.0, worstLog = 0.0;
+    for (std::size_t i = 0; i < x.size(); ++i)
+      worstExp = std::max(worstExp, GetUnitsOff(y[i], std::exp(static_cast<long double>(x[i]))));
+    std::vector<double> z(y);
+    kernels_->log(z.size(), z.data(), z.data());
+    for (std::size_t i = 0; i < x.size(); ++i)
+      worstLog = std::max(worstLog, GetUnitsOff(z[i], std::log(static_cast<long double>(y[i]))));
+    EXPECT_LE(worstExp, 1.0) << scale;
+    EXPECT_LE(worstLog, 1.0) << scale;
+  }
+}
+
+TEST_P(DenseKernels, ExponentialAndLogarithmAtTheirLimits) {
+  const double infinity = std::numeric_limits<double>::infinity();
+  const std::vector<double> x = {0.0,    -0.0,   710.0,   infinity, -infinity, -745.0,
+                                 -746.5, -720.0, -708.39, 709.78,   1.0,       std::nan("")};
+  std::vector<double> y(x.size());
+  kernels_->exp(x.size(), x.data(), y.data());
+  for (std::size_t i = 0; i + 1 < x.size(); ++i) {
+    const double expected = std::exp(x[i]);
+    // Subnormal results are right to one of their own units.
+    if (expected == y[i]) continue;
+    EXPECT_NEAR(y[i], expected, std::max(4.95e-324, 2.3e-16 * expected)) << x[i];
+  }
+  EXPECT_TRUE(std::isnan(y.back()));
+
+  const std::vector<double> u = {1.0, 0.0, infinity, 5e-324, 1e-310, 2.0, 0.5, -1.0, std::nan("")};
+  std::vector<double> v(u.size());
+  kernels_->log(u.size(), u.data(), v.data());
+  for (std::size_t i = 0; i + 2 < u.size(); ++i) EXPECT_DOUBLE_EQ(v[i], std::log(u[i])) << u[i];
+  EXPECT_TRUE(std::isnan(v[7]) && std::isnan(v[8]));
+}
+
+TEST(DenseDispatch, AlwaysHasAPath) {
+  EXPECT_NE(QVFindDenseKernels(QVDensePath::Plain), nullptr);
+  EXPECT_TRUE(&QVGetDenseKernels() == QVFindDenseKernels(QVDensePath::Avx2) ||
+              &QVGetDenseKernels() == QVFindDenseKernels(QVDensePath::Plain));
+}
+
+}  // namespace
+}  // namespace QVMath

@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <random>
 
+#include "platform/chem/smiles.h"
 #include "platform/system/error_handler.h"
+#include "stats/api/snn_dirty.h"
 
 namespace QVStats {
 namespace {
@@ -123,6 +125,65 @@ TEST_F(SNN, SaysWhyThereAreNoClusters) {
   EXPECT_FALSE(QVGetSNNCluster(clusters_, noise_, 3, {{1}, {2}}, {1, 1, 1, 1, 1}, false));
   EXPECT_EQ(sink_.GetTexts(QVErrorLevel::Error).size(), 2u);
   EXPECT_TRUE(clusters_.empty());
+}
+
+TEST_F(SNN, MoleculesClusterFromTheStore) {
+  std::vector<QVChem::QVGraphMol> mols;
+  for (const char* chain : {"C", "N"})  // two families of rings with growing tails
+    for (std::string tail; tail.size() < 10; tail += chain) {
+      mols.emplace_back();
+      ASSERT_TRUE(QVChem::QVParseSmiles(mols.back(),
+                                        (*chain == 'C' ? "c1ccccc1" : "O=C1CCCCCCCC1") + tail));
+    }
+  std::vector<QVMolData> data;
+  for (auto& mol : mols) data.push_back({&mol, static_cast<unsigned int>(data.size())});
+  QVSimInfo info;
+  ASSERT_TRUE(info.InitSimilarity(data));
+  // Toluene in benzene: 6 common atoms of 6 + 7 - 6. Ring and tail share nothing across families.
+  EXPECT_DOUBLE_EQ(info.GetMatrix()[1], 6.0 / 7.0);
+  EXPECT_EQ(info.GetMatrix()[20], 0.0) << "only one orientation is written";
+  EXPECT_EQ(info.GetItems().size(), 210u);
+  EXPECT_TRUE(std::is_sorted(info.GetItems().begin(), info.GetItems().end(), LessSimItem()));
+
+  std::vector<QVClusterNode<QVMolData>> nodes;
+  ASSERT_TRUE(QVGetSNNCluster(nodes, data, info));
+  for (const auto& node : nodes) {
+    const bool aromatic = (*node.GetMembers())->index < 10;
+    for (const QVMolData* member : node.GetMembers()) EXPECT_EQ(member->index < 10, aromatic);
+  }
+  const std::string notes = TakeNotes();
+  EXPECT_EQ(notes.rfind(
+                "nbrCt = 6\ntopic = 4\nnoise = 3\nmerge = 3\nlabel = 3\n0:  (1,0) (0.857143,1)", 0),
+            0u)
+      << notes.substr(0, 120);
+  EXPECT_NE(notes.find("\nEndPrint\n"), std::string::npos);
+}
+
+TEST_F(SNN, FingerprintsGiveTheSameNeighboursWithAndWithoutAMatrix) {
+  std::vector<QVChem::QVGraphMol> mols;
+  for (const char* smiles :
+       {"CCO", "CCCO", "CCN", "c1ccccc1", "Cc1ccccc1", "CCc1ccccc1", "CC(=O)O"}) {
+    mols.emplace_back();
+    ASSERT_TRUE(QVChem::QVParseSmiles(mols.back(), smiles));
+  }
+  std::vector<QVMolData> data;
+  std::vector<QVLikeness::QVVseprFingerprint> fingerprints;
+  for (auto& mol : mols) {
+    data.push_back({&mol, static_cast<unsigned int>(data.size())});
+    fingerprints.emplace_back(mol, QVLikeness::QVVseprOptions());
+  }
+  QVSimInfo info;
+  ASSERT_TRUE(info.InitSimilarity(data, QVLikeness::QVVseprOptions()));
+  EXPECT_EQ(QVGetNearestNeighbours(info.GetMatrix(), mols.size(), 3),
+            QVGetNearestNeighbours(fingerprints, 3));
+}
+
+TEST_F(SNN, TheStoreRefusesWhatIsNoSquare) {
+  QVSimInfo info;
+  EXPECT_FALSE(info.InitSimilarity(std::vector<double>(3, 1.0)));
+  EXPECT_FALSE(QVGetSNNCluster(clusters_, 0, info));
+  EXPECT_THAT(sink_.GetTexts(QVErrorLevel::Warning),
+              ElementsAre("Failed to identify near-neghbors"));
 }
 
 }  // namespace

@@ -17,6 +17,7 @@ namespace {
 constexpr Workload kWorkloads[] = {
     {"auc", RunAUC},
     {"vario", RunVariogram},
+    {"mcs", RunMCS},
     {"snn", RunSNN},
 };
 

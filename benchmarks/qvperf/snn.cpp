@@ -1,6 +1,5 @@
-#include "stats/api/snn.h"
-
 #include "benchmarks/qvperf/workloads.h"
+#include "stats/api/snn_dirty.h"
 
 namespace QVPerf {
 
@@ -36,6 +35,10 @@ bool RunSNN(const Run& run) {
   };
   run.Time(
       "cluster", clear, [&] { QVGetSNNCluster(clusters, noise, n, lists, params, true); }, check);
+  QVStats::QVSimInfo info;
+  info.InitSimilarity(similarity.values);
+  run.Time(
+      "cluster_store", clear, [&] { QVGetSNNCluster(clusters, n, info); }, check);
   return true;
 }
 

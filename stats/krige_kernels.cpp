@@ -1,5 +1,6 @@
 #include "stats/api/krige_kernels.h"
 
+#include <algorithm>
 #include <cmath>
 #include <iterator>
 #include <memory>
@@ -7,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/math/dense_kernels.h"
 #include "platform/system/error_handler.h"
 #include "platform/system/text.h"
 
@@ -26,16 +28,36 @@ auto Shape(const QVKrigeLinearKernel& k) {
   };
 }
 
-auto Shape(const QVKrigeExponentialKernel& k) {
-  return [a = k.GetRange(), s = k.GetSill(), n = k.GetNugget()](double h) {
-    return n + (s - n) * (1.0 - std::exp(-kLog10 * h / a));
+// Kernels with an exponential are split: the exponent of each distance, and the value from its
+// exponential. Between the two, arrays take their exponentials together.
+
+auto Exponent(const QVKrigeExponentialKernel& k) {
+  return [a = k.GetRange()](double h) { return -kLog10 * h / a; };
+}
+
+auto Exponent(const QVKrigeGaussianKernel& k) {
+  return [a2 = k.GetRange() * k.GetRange()](double h) { return -kLog10 * (h * h) / a2; };
+}
+
+auto Exponent(const QVKrigeReverseGaussianKernel& k) {
+  return [a = k.GetRange(), p = k.GetExponent()](double h) {
+    return (h / a - 1.0) * p * (1.0 - h / a);
   };
 }
 
-auto Shape(const QVKrigeGaussianKernel& k) {
-  return [a2 = k.GetRange() * k.GetRange(), s = k.GetSill(), n = k.GetNugget()](double h) {
-    return n + (s - n) * (1.0 - std::exp(-kLog10 * (h * h) / a2));
-  };
+/// Of the exponential and the Gaussian kernel.
+auto ValueOfExponential(const QVKrigeKernelImpl& k) {
+  return [s = k.GetSill(), n = k.GetNugget()](double, double e) { return n + (s - n) * (1.0 - e); };
+}
+
+auto ValueOfExponential(const QVKrigeReverseGaussianKernel& k) {
+  return [a = k.GetRange(), s = k.GetSill(), n = k.GetNugget(), c = k.GetValueOffset()](
+             double h, double e) { return h <= a ? n + (s - n) * (e - c) / (1.0 - c) : s; };
+}
+
+template <class Kernel>
+double GetExponentialValue(const Kernel& kernel, double h) {
+  return ValueOfExponential(kernel)(h, std::exp(Exponent(kernel)(h)));
 }
 
 auto Shape(const QVKrigeSphericalKernel& k) {
@@ -65,29 +87,31 @@ auto Shape(const QVKrigePowerKernel& k, Power power) {
   };
 }
 
-auto Shape(const QVKrigeReverseGaussianKernel& k) {
-  return [a = k.GetRange(), s = k.GetSill(), n = k.GetNugget(), p = k.GetExponent(),
-          c = k.GetValueOffset()](double h) {
-    if (!(h <= a)) return s;
-    const double e = std::exp((h / a - 1.0) * p * (1.0 - h / a));
-    return n + (s - n) * (e - c) / (1.0 - c);
-  };
-}
-
 auto PowerOf(double p) {
   return [p](double x) { return std::pow(x, p); };
 }
 
-/// Calls `use` with x -> x^p, by roots and products where they suffice.
+/// Calls `use` with x -> x^p where roots and products suffice for it.
+/// \return whether they do.
 template <class Use>
-void WithPower(double p, Use use) {
-  if (p == 0.5) return use([](double x) { return std::sqrt(x); });
-  if (p == 1.0) return use([](double x) { return x; });
-  if (p == 1.5) return use([](double x) { return x * std::sqrt(x); });
-  if (p == 2.0) return use([](double x) { return x * x; });
-  if (p == 3.0) return use([](double x) { return x * x * x; });
-  if (p == 4.0) return use([](double x) { return (x * x) * (x * x); });
-  use(PowerOf(p));
+bool WithSimplePower(double p, Use use) {
+  if (p == 0.25)
+    use([](double x) { return std::sqrt(std::sqrt(x)); });
+  else if (p == 0.5)
+    use([](double x) { return std::sqrt(x); });
+  else if (p == 1.0)
+    use([](double x) { return x; });
+  else if (p == 1.5)
+    use([](double x) { return x * std::sqrt(x); });
+  else if (p == 2.0)
+    use([](double x) { return x * x; });
+  else if (p == 3.0)
+    use([](double x) { return x * x * x; });
+  else if (p == 4.0)
+    use([](double x) { return (x * x) * (x * x); });
+  else
+    return false;
+  return true;
 }
 
 /// A derived class may override what the loops below would bypass.
@@ -111,14 +135,70 @@ void FillCovariances(const Kernel& kernel, const double* distances, double* cova
   FillCovariances(kernel.GetSill(), Shape(kernel), distances, covariances, count);
 }
 
+/// Distances that are worked on together, small enough to stay in the fastest cache.
+constexpr std::size_t kBlock = 512;
+
+/// Covariances by array functions.
+/// \param transform(h, work, size) puts what `value(h, work)` needs beside each distance into
+/// `work`.
+template <class Transform, class Value>
+void FillByBlocks(double sill, Transform transform, Value value, const double* distances,
+                  double* covariances, std::size_t count) {
+  double work[kBlock];
+  for (std::size_t begin = 0; begin < count; begin += kBlock) {
+    const std::size_t size = std::min(kBlock, count - begin);
+    const double* h = distances + begin;
+    transform(h, work, size);
+    for (std::size_t i = 0; i < size; ++i)
+      covariances[begin + i] = QVGetKrigeCovariance(sill, value(h[i], work[i]));
+  }
+}
+
 template <class Kernel>
-void FillPowerCovariances(const Kernel& kernel, const double* distances, double* covariances,
-                          std::size_t count) {
+void FillExponentialCovariances(const Kernel& kernel, const double* distances, double* covariances,
+                                std::size_t count) {
   if (!IsExactly<Kernel>(kernel))
     return kernel.QVKrigeKernelBase::GetCovariances(distances, covariances, count);
-  WithPower(kernel.GetExponent(), [&](auto power) {
+  const auto transform = [exponent = Exponent(kernel)](const double* h, double* work,
+                                                       std::size_t size) {
+    for (std::size_t i = 0; i < size; ++i) work[i] = exponent(h[i]);
+    QVMath::QVGetDenseKernels().exp(size, work, work);
+  };
+  FillByBlocks(kernel.GetSill(), transform, ValueOfExponential(kernel), distances, covariances,
+               count);
+}
+
+void FillStudentTCovariances(const QVKrigeStudentTKernel& kernel, const double* distances,
+                             double* covariances, std::size_t count) {
+  const auto fill = [&](auto power) {
     FillCovariances(kernel.GetSill(), Shape(kernel, power), distances, covariances, count);
-  });
+  };
+  if (!IsExactly<QVKrigeStudentTKernel>(kernel) || !WithSimplePower(kernel.GetExponent(), fill))
+    kernel.QVKrigeKernelBase::GetCovariances(distances, covariances, count);
+}
+
+void FillPowerCovariances(const QVKrigePowerKernel& kernel, const double* distances,
+                          double* covariances, std::size_t count) {
+  const double p = kernel.GetExponent();
+  if (!IsExactly<QVKrigePowerKernel>(kernel) || !(p > 0.0))
+    return kernel.QVKrigeKernelBase::GetCovariances(distances, covariances, count);
+  const auto fill = [&](auto power) {
+    FillCovariances(kernel.GetSill(), Shape(kernel, power), distances, covariances, count);
+  };
+  if (WithSimplePower(p, fill)) return;
+  // Up to the range, where x = h/a <= 1, exp(p log x) is right to an ulp of 1.
+  const double a = kernel.GetRange();
+  const auto transform = [p, a](const double* h, double* work, std::size_t size) {
+    const QVMath::QVDenseKernels& dense = QVMath::QVGetDenseKernels();
+    for (std::size_t i = 0; i < size; ++i) work[i] = h[i] / a;
+    dense.log(size, work, work);
+    for (std::size_t i = 0; i < size; ++i) work[i] *= p;
+    dense.exp(size, work, work);
+  };
+  const auto value = [a, s = kernel.GetSill(), n = kernel.GetNugget()](double h, double power) {
+    return h <= a ? n + (s - n) * power : s;
+  };
+  FillByBlocks(kernel.GetSill(), transform, value, distances, covariances, count);
 }
 
 QVKrigeKernelBase* CreateKernel(unsigned int type) {
@@ -174,13 +254,15 @@ std::string QVKrigeReverseGaussianKernel::GetName() const {
 }
 
 double QVKrigeLinearKernel::GetValue(double h) const { return Shape(*this)(h); }
-double QVKrigeExponentialKernel::GetValue(double h) const { return Shape(*this)(h); }
-double QVKrigeGaussianKernel::GetValue(double h) const { return Shape(*this)(h); }
+double QVKrigeExponentialKernel::GetValue(double h) const { return GetExponentialValue(*this, h); }
+double QVKrigeGaussianKernel::GetValue(double h) const { return GetExponentialValue(*this, h); }
 double QVKrigeSphericalKernel::GetValue(double h) const { return Shape(*this)(h); }
 double QVKrigeCauchyKernel::GetValue(double h) const { return Shape(*this)(h); }
 double QVKrigeStudentTKernel::GetValue(double h) const { return Shape(*this, PowerOf(p_))(h); }
 double QVKrigePowerKernel::GetValue(double h) const { return Shape(*this, PowerOf(p_))(h); }
-double QVKrigeReverseGaussianKernel::GetValue(double h) const { return Shape(*this)(h); }
+double QVKrigeReverseGaussianKernel::GetValue(double h) const {
+  return GetExponentialValue(*this, h);
+}
 
 QVKrigeLinearKernel* QVKrigeLinearKernel::CreateCopy() const {
   return new QVKrigeLinearKernel(*this);
@@ -211,11 +293,11 @@ void QVKrigeLinearKernel::GetCovariances(const double* distances, double* covari
 }
 void QVKrigeExponentialKernel::GetCovariances(const double* distances, double* covariances,
                                               std::size_t count) const {
-  FillCovariances(*this, distances, covariances, count);
+  FillExponentialCovariances(*this, distances, covariances, count);
 }
 void QVKrigeGaussianKernel::GetCovariances(const double* distances, double* covariances,
                                            std::size_t count) const {
-  FillCovariances(*this, distances, covariances, count);
+  FillExponentialCovariances(*this, distances, covariances, count);
 }
 void QVKrigeSphericalKernel::GetCovariances(const double* distances, double* covariances,
                                             std::size_t count) const {
@@ -227,7 +309,7 @@ void QVKrigeCauchyKernel::GetCovariances(const double* distances, double* covari
 }
 void QVKrigeStudentTKernel::GetCovariances(const double* distances, double* covariances,
                                            std::size_t count) const {
-  FillPowerCovariances(*this, distances, covariances, count);
+  FillStudentTCovariances(*this, distances, covariances, count);
 }
 void QVKrigePowerKernel::GetCovariances(const double* distances, double* covariances,
                                         std::size_t count) const {
@@ -235,7 +317,7 @@ void QVKrigePowerKernel::GetCovariances(const double* distances, double* covaria
 }
 void QVKrigeReverseGaussianKernel::GetCovariances(const double* distances, double* covariances,
                                                   std::size_t count) const {
-  FillCovariances(*this, distances, covariances, count);
+  FillExponentialCovariances(*this, distances, covariances, count);
 }
 
 QVKrigeKernel::QVKrigeKernel(unsigned int type) : kernel_(CreateKernel(type)) {}

@@ -91,6 +91,7 @@ class DoubledSill : public QVKrigeExponentialKernel {
 TEST(KrigeKernels, CovariancesInBulkAreThoseOneByOne) {
   std::vector<QVKrigeKernel> kernels = GetAllKernels();
   kernels.emplace_back(QVKrigePowerKernel(0.7));
+  kernels.emplace_back(QVKrigeStudentTKernel(1.3));
   kernels.emplace_back(DoubledSill());
   EXPECT_EQ(kernels.back().GetValue(1e9), 2.0);
   std::vector<double> distances = {0.0, 1e-30, 1e-9};

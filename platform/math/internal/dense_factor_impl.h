@@ -9,13 +9,15 @@ namespace QVMath {
 namespace QV_DENSE_NAMESPACE {
 namespace {
 
-/// Doubles that a packed triangle of the largest base size takes, and a strip beside it.
-constexpr Size kPackedTriangle = kSolveBase * kSolveBase;
-constexpr Size kStrip = kSolveBase * kTileRows;
-
 struct SolveWorkspace : Workspace {
-  SolveWorkspace(Size rows, Size columns, Size depth)
-      : Workspace(rows, columns, depth), triangle(kPackedTriangle), strip(kStrip) {}
+  /// For triangles of at most `size` and `sides` right sides.
+  SolveWorkspace(Size size, Size sides)
+      : Workspace(size, sides, size), triangle(CountPacked(size)), strip(Base(size) * kTileRows) {}
+
+  static Size Base(Size size) { return RoundUp(Min(size, kSolveBase), kTileColumns); }
+  /// Doubles that PackTriangle writes.
+  static Size CountPacked(Size size) { return Base(size) * (Base(size) + kTileColumns) / 2; }
+
   Buffer triangle;
   Buffer strip;
 };
@@ -90,25 +92,37 @@ void SolveRight(const SolveWorkspace& work, Size m, Size n, QVDenseView l, Mutab
   }
 }
 
-/// Below this a factorisation goes column by column.
-constexpr Size kCholeskyBase = 24;
+/// Up to this size a factorisation goes column by column.
+constexpr Size kCholeskyBase = 2 * kTileRows;
 
+/// Left-looking: a column takes the products of all before it in registers. Works on a copy that is
+/// filled up to whole registers; what these hold above the diagonal is never read.
 bool FactorColumns(Size n, double* a, Size lda) {
+  double copy[kCholeskyBase * kCholeskyBase] = {};
+  for (Size j = 0; j < n; ++j)
+    for (Size i = j; i < n; ++i) copy[j * kCholeskyBase + i] = a[j * lda + i];
   for (Size j = 0; j < n; ++j) {
-    double* column = a + j * lda;
-    const double pivot = column[j];
-    if (!(pivot > 0.0)) return false;
-    const double root = __builtin_sqrt(pivot);
-    column[j] = root;
-    const double inverse = 1.0 / root;
-    for (Size i = j + 1; i < n; ++i) column[i] *= inverse;
-    for (Size k = j + 1; k < n; ++k) {
-      double* __restrict to = a + k * lda;
-      const double* __restrict from = column;
-      const double share = from[k];
-      for (Size i = k; i < n; ++i) to[i] -= share * from[i];
+    double* column = copy + j * kCholeskyBase;
+    for (Size i = j / kTileRows * kTileRows; i < n; i += kTileRows) {
+      Vector rows[kRowVectors];
+#pragma GCC unroll 4
+      for (Size v = 0; v < kRowVectors; ++v) rows[v] = Load(column + i + v * kWidth);
+      for (Size k = 0; k < j; ++k) {
+        const double* from = copy + k * kCholeskyBase;
+#pragma GCC unroll 4
+        for (Size v = 0; v < kRowVectors; ++v) rows[v] -= Load(from + i + v * kWidth) * from[j];
+      }
+#pragma GCC unroll 4
+      for (Size v = 0; v < kRowVectors; ++v) Store(column + i + v * kWidth, rows[v]);
     }
+    if (!(column[j] > 0.0)) return false;
+    const double root = __builtin_sqrt(column[j]);
+    const double inverse = 1.0 / root;
+    column[j] = root;
+    for (Size i = j + 1; i < n; ++i) column[i] *= inverse;
   }
+  for (Size j = 0; j < n; ++j)
+    for (Size i = j; i < n; ++i) a[j * lda + i] = copy[j * kCholeskyBase + i];
   return true;
 }
 
@@ -126,7 +140,7 @@ bool Factor(const SolveWorkspace& work, Size n, double* a, Size lda) {
 
 bool Cholesky(Size n, double* a, Size lda) {
   if (n <= kCholeskyBase) return FactorColumns(n, a, lda);
-  return Factor(SolveWorkspace(n, n, n), n, a, lda);
+  return Factor(SolveWorkspace(n, n), n, a, lda);
 }
 
 /// Columns of a triangle that are solved one by one before the rest is updated by all of them.
@@ -166,7 +180,7 @@ void SolveLower(Size n, const double* l, Size ldl, Size m, double* b, Size ldb) 
     return;
   }
   // L X = B is X' L' = B'.
-  SolveRight(SolveWorkspace(n, m, n), m, n, {l, 1, Signed(ldl)}, {b, Signed(ldb), 1});
+  SolveRight(SolveWorkspace(n, m), m, n, {l, 1, Signed(ldl)}, {b, Signed(ldb), 1});
 }
 
 void SolveLowerTransposed(Size n, const double* l, Size ldl, Size m, double* b, Size ldb) {
@@ -176,7 +190,7 @@ void SolveLowerTransposed(Size n, const double* l, Size ldl, Size m, double* b, 
   }
   // L' X = B with its equations and unknowns in reverse order is a lower system again.
   const QVDenseView reversed{l + (n - 1) * (ldl + 1), -Signed(ldl), -1};
-  SolveRight(SolveWorkspace(n, m, n), m, n, reversed, {b + (n - 1), Signed(ldb), -1});
+  SolveRight(SolveWorkspace(n, m), m, n, reversed, {b + (n - 1), Signed(ldb), -1});
 }
 
 }  // namespace

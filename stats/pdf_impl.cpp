@@ -153,12 +153,12 @@ double QVUniVarPDFImpl::GetValue(QVPDFFunction function, double argument, QVStat
   return BadDouble;
 }
 
-std::vector<double> QVUniVarPDFImpl::GetValues(QVPDFFunction function,
-                                               const std::vector<double>& arguments,
-                                               QVStatModelResult& result, bool check) const {
+void QVUniVarPDFImpl::GetValues(QVPDFFunction function, const std::vector<double>& arguments,
+                                std::vector<double>& values, QVStatModelResult& result,
+                                bool check) const {
   result = true;
   QVStatModelResult single(true);
-  std::vector<double> values(arguments.size());
+  values.resize(arguments.size());
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     values[i] = GetValue(function, arguments[i], single, check);
     if (single.IsSuccessful() || result.NotSuccessful()) continue;
@@ -166,7 +166,6 @@ std::vector<double> QVUniVarPDFImpl::GetValues(QVPDFFunction function,
     result.AddCallContext("QVUniVarPDFImpl::GetValues");
     result.AddExtraComment("First failure at argument " + std::to_string(i));
   }
-  return values;
 }
 
 std::string QVUniVarPDFImpl::DefaultPrint(std::size_t limit) const {

@@ -7,6 +7,16 @@
 namespace QVStats {
 namespace QVLaws {
 
+namespace {
+
+/// What log(1 + s) lacks through the rounding of 1 + s, s >= 0.
+double GetLostInSum(double s) { return (s - ((1.0 + s) - 1.0)) / (1.0 + s); }
+
+/// log(1 + s) for s >= 0, as right as log1p and faster.
+double LogOnePlus(double s) { return std::log(1.0 + s) + GetLostInSum(s); }
+
+}  // namespace
+
 // Student's t
 
 bool StudentsT::SetParams(const double* params) {
@@ -14,6 +24,7 @@ bool StudentsT::SetParams(const double* params) {
   location_ = params[1];
   precision_ = params[2];
   if (!(dof_ > 0.0 && precision_ > 0.0)) return false;
+  precisionOverDof_ = precision_ / dof_;
   integral_.SetParams(0.5 * dof_, 0.5);
   // Gamma((nu + 1) / 2) / (Gamma(nu / 2) sqrt(pi nu)) = 1 / (B(nu / 2, 1 / 2) sqrt(nu)).
   logNorm_ = 0.5 * std::log(precision_ / dof_) - integral_.GetLogBeta();
@@ -22,7 +33,7 @@ bool StudentsT::SetParams(const double* params) {
 }
 
 double StudentsT::GetRatio(double x) const {
-  return std::abs(x - location_) * std::sqrt(precision_ / dof_);
+  return std::abs(x - location_) * std::sqrt(precisionOverDof_);
 }
 
 // Where the square of the ratio would overflow, or its reciprocal lose digits.
@@ -30,9 +41,16 @@ constexpr double kFarRatio = 1e140;
 
 double StudentsT::LogDensity(double x) const {
   const double t = x - location_;
-  const double square = precision_ * t * t / dof_;
+  const double square = precisionOverDof_ * t * t;
   if (square > kFarRatio * kFarRatio) return logNorm_ - (dof_ + 1.0) * std::log(GetRatio(x));
-  return logNorm_ - 0.5 * (dof_ + 1.0) * std::log1p(square);
+  return logNorm_ - 0.5 * (dof_ + 1.0) * LogOnePlus(square);
+}
+
+PowerForm StudentsT::GetPowerForm(double x) const {
+  const double t = x - location_;
+  const double square = precisionOverDof_ * t * t;
+  if (square > kFarRatio * kFarRatio) return {1.0, 1.0, LogDensity(x)};
+  return {1.0 + square, 1.0, logNorm_ + GetFirstPower() * GetLostInSum(square)};
 }
 
 double StudentsT::Density(double x) const { return std::exp(LogDensity(x)); }
@@ -47,10 +65,10 @@ double StudentsT::LogTail(double x) const {
 
 double StudentsT::Tail(double x) const {
   const double t = x - location_;
-  const double square = precision_ * t * t;
-  const double sum = dof_ + square;
-  if (square > dof_ * kFarRatio * kFarRatio) return std::exp(LogTail(x));
-  return 0.5 * integral_.Lower(dof_ / sum, square / sum);
+  const double square = precisionOverDof_ * t * t;
+  if (square > kFarRatio * kFarRatio) return std::exp(LogTail(x));
+  const double share = 1.0 / (1.0 + square);
+  return 0.5 * integral_.Lower(share, square * share);
 }
 
 double StudentsT::CDF(double x) const {

@@ -21,35 +21,37 @@ constexpr double kLargeGammaParam = 40.0;
 constexpr int kMaxTerms = 120;
 constexpr double kNegligible = 0x1p-55;
 
-/// Sum of t_k, t_0 = 1, t_(k+1) = t_k x (sum + k) / (a + 1 + k), with which
-/// I_x(a, b) = x^a (1 - x)^b / (a B(a, b)) times the sum for sum = a + b. All terms are positive.
-/// Source: Abramowitz and Stegun, 26.5.4.
-/// \return whether the sum was complete after `maxTerms` terms.
-bool SumBetaSeries(double a, double sum, double x, int maxTerms, double& total) {
+/// The sum 1 + r_0 + r_0 r_1 + r_0 r_1 r_2 + ... of a series of positive terms, given the ratio of
+/// each term to the one before it. Four terms are taken at a time, so that their divisions overlap.
+/// `lastRatio(r)` is at least every ratio that follows a ratio r.
+/// \return whether the sum was complete to rounding after `maxTerms` terms.
+template <class Ratio, class LastRatio>
+bool SumSeries(Ratio ratioAt, LastRatio lastRatio, int maxTerms, double& total) {
   double term = 1.0;
   total = 1.0;
-  for (int k = 0; k < maxTerms; ++k) {
-    const double ratio = x * (sum + k) / (a + 1.0 + k);
-    term *= ratio;
-    total += term;
-    // What is left is at most term / (1 - ratio) once the ratios fall below 1 for good.
-    if (term < kNegligible * total * (1.0 - std::max(ratio, x))) return true;
+  for (int k = 0; k < maxTerms; k += 4) {
+    double ratio[4];
+    for (int i = 0; i < 4; ++i) ratio[i] = ratioAt(k + i);
+    const double two = ratio[0] * ratio[1], four = two * (ratio[2] * ratio[3]);
+    total += term * ((ratio[0] + two) + (two * ratio[2] + four));
+    term *= four;
+    if (term < kNegligible * total * (1.0 - lastRatio(ratio[3]))) return true;
   }
   return false;
 }
 
-/// Sum of y^k / ((a + 1) ... (a + k)), with which P(a, y) = y^a exp(-y) / Gamma(a + 1) times it.
+/// The sum with which I_x(a, b) = x^a (1 - x)^b / (a B(a, b)) times it, given a and a + b.
+/// Source: Abramowitz and Stegun, 26.5.4.
+bool SumBetaSeries(double a, double sum, double x, int maxTerms, double& total) {
+  return SumSeries([=](int k) { return x * (sum + k) / (a + 1.0 + k); },
+                   [=](double ratio) { return std::max(ratio, x); }, maxTerms, total);
+}
+
+/// The sum with which P(a, y) = y^a exp(-y) / Gamma(a + 1) times it.
 /// Source: Abramowitz and Stegun, 6.5.29.
 bool SumGammaSeries(double a, double y, double& total) {
-  double term = 1.0;
-  total = 1.0;
-  for (int k = 1; k <= kMaxTerms; ++k) {
-    const double ratio = y / (a + k);
-    term *= ratio;
-    total += term;
-    if (term < kNegligible * total * (1.0 - ratio)) return true;
-  }
-  return false;
+  return SumSeries([=](int k) { return y / (a + 1.0 + k); }, [](double ratio) { return ratio; },
+                   kMaxTerms, total);
 }
 
 /// The continued fraction K of Q(a, y) = y^a exp(-y) / Gamma(a) times K, for y > a + 1, by the

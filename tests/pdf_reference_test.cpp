@@ -12,6 +12,7 @@
 
 #include "platform/system/text.h"
 #include "stats/api/pdf.h"
+#include "tests/support/matchers.h"
 
 namespace QVStats {
 namespace {
@@ -79,6 +80,29 @@ TEST_P(PdfReference, FunctionsAreRightIntoTheTails) {
         << line.family << " " << line.parameters << " " << line.function << " at " << line.argument
         << ": " << value << ", should be " << line.value << ", relative error "
         << std::abs(value - line.value) / scale;
+  }
+}
+
+TEST_P(PdfReference, BulkCallsAgreeWithSingleOnes) {
+  std::map<std::string, std::vector<double>> arguments;
+  for (const ReferenceLine& line : ReadReference(GetParam()))
+    if (line.function == "density") arguments[line.parameters].push_back(line.argument);
+  for (auto& [parameters, x] : arguments) {
+    const QVUniVarPDF pdf = Make(GetParam(), parameters);
+    x.push_back(1e200);
+    for (const auto& [name, function] : kFunctions) {
+      QVStatModelResult result(true);
+      std::vector<double> values;
+      pdf.GetValues(function, x, values, result, false);
+      ASSERT_TRUE(result.IsSuccessful());
+      for (std::size_t i = 0; i < x.size(); ++i) {
+        const double single = pdf.GetImpl()->GetValue(function, x[i], result, false);
+        if (values[i] == single || std::isnan(single)) continue;
+        const double condition = single > 0.0 && single < 1.0 ? -std::log(single) : 1.0;
+        EXPECT_THAT(values[i], IsCloseTo(single, 1e-15 * (10.0 + condition)))
+            << name << " " << parameters << " at " << x[i];
+      }
+    }
   }
 }
 

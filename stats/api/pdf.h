@@ -62,9 +62,9 @@ class QVSTATS_EXPORT QVUniVarPDF {
     return impl_->GetUpperTailPercentile(q, result);
   }
   /// A function at each argument.
-  std::vector<double> GetValues(QVPDFFunction function, const std::vector<double>& arguments,
-                                QVStatModelResult& result, bool check) const {
-    return impl_->GetValues(function, arguments, result, check);
+  void GetValues(QVPDFFunction function, const std::vector<double>& arguments,
+                 std::vector<double>& values, QVStatModelResult& result, bool check) const {
+    impl_->GetValues(function, arguments, values, result, check);
   }
 
  private:

@@ -78,8 +78,14 @@ class QVSTATS_EXPORT QVUniVarLawImpl final : public QVUniVarPDFImpl {
   double GetLogDensity(double x, QVStatModelResult& result, bool check) const override;
   double GetLogSurvival(double x, QVStatModelResult& result, bool check) const override;
   double GetUpperTailPercentile(double q, QVStatModelResult& result) const override;
+  void GetValues(QVPDFFunction function, const std::vector<double>& arguments,
+                 std::vector<double>& values, QVStatModelResult& result, bool check) const override;
 
  private:
+  /// Whether the bounds of the support alone admit x.
+  bool IsWithinBounds(double x) const {
+    return !(x < lower_ || x > upper_ || (lowerIsStrict_ && x <= lower_));
+  }
   /// Runs a query at x: validity, the check of x, then the law. `below` and `above` are the answers
   /// for an x that the check finds below or above the support.
   template <class Query>

@@ -142,12 +142,12 @@ class QVSTATS_EXPORT QVUniVarPDFImpl : public QVProbDistFuncImpl {
   virtual double GetLogSurvival(double x, QVStatModelResult& result, bool check) const;
   /// The x at which the survival function is q: GetPercentile(1 - q) with the digits of a small q.
   virtual double GetUpperTailPercentile(double q, QVStatModelResult& result) const;
-  /// A function at each argument; `check` as in the single queries, which give the same values.
-  /// All arguments are visited; the result is the first failure, with a comment that says at which
+  /// A function at each argument; `check` as in the single queries, which give the same values to
+  /// rounding. `values` is refilled; one that is kept between calls is not allocated again. All
+  /// arguments are visited; the result is the first failure, with a comment that says at which
   /// (0-based) argument it happened.
-  virtual std::vector<double> GetValues(QVPDFFunction function,
-                                        const std::vector<double>& arguments,
-                                        QVStatModelResult& result, bool check) const;
+  virtual void GetValues(QVPDFFunction function, const std::vector<double>& arguments,
+                         std::vector<double>& values, QVStatModelResult& result, bool check) const;
 
   /// One of the functions at one argument.
   double GetValue(QVPDFFunction function, double argument, QVStatModelResult& result,

@@ -41,6 +41,13 @@ struct Slope {
   double n0, n1, d0, d1, d2, radius;
 };
 
+/// The logarithm of a density in parts, log f = p log(first) + q log(second) + rest: the form in
+/// which densities are computed in bulk. The powers p, q are the law's GetFirstPower() and
+/// GetSecondPower(); HasPowerDensity() is false for parameters with which it would lose digits.
+struct PowerForm {
+  double first, second, rest;
+};
+
 constexpr double kFineTolerance = 2.220446049250313e-14;
 
 /// The regularised incomplete beta integral of fixed parameters a, b.
@@ -105,6 +112,10 @@ class Gauss {
   Moment Mean() const { return {mean_}; }
   Moment Variance() const { return {1.0 / precision_}; }
   Moment Mode() const { return {mean_}; }
+  bool HasPowerDensity() const { return true; }
+  double GetFirstPower() const { return 0.0; }
+  double GetSecondPower() const { return 0.0; }
+  PowerForm GetPowerForm(double x) const { return {1.0, 1.0, LogDensity(x)}; }
   Slope GetSlope(double x) const;
 
   QVMath::QVGaussianRNG generator;
@@ -138,6 +149,10 @@ class StudentsT {
   Moment Mean() const;
   Moment Variance() const;
   Moment Mode() const { return {location_}; }
+  bool HasPowerDensity() const { return true; }
+  double GetFirstPower() const { return -0.5 * (dof_ + 1.0); }
+  double GetSecondPower() const { return 0.0; }
+  PowerForm GetPowerForm(double x) const;
   Slope GetSlope(double x) const;
 
   QVMath::QVStudentsTRNG generator;
@@ -151,6 +166,7 @@ class StudentsT {
   double dof_ = 1.0;
   double location_ = 0.0;
   double precision_ = 1.0;
+  double precisionOverDof_ = 1.0;
   double logNorm_ = 0.0;
   BetaIntegral integral_;
 };
@@ -176,6 +192,10 @@ class Gamma {
   Moment Mean() const { return {shape_ / rate_}; }
   Moment Variance() const { return {shape_ / (rate_ * rate_)}; }
   Moment Mode() const { return {shape_ > 1.0 ? (shape_ - 1.0) / rate_ : 0.0}; }
+  bool HasPowerDensity() const { return !integral_.HasLargeParams(); }
+  double GetFirstPower() const { return shape_ - 1.0; }
+  double GetSecondPower() const { return 0.0; }
+  PowerForm GetPowerForm(double x) const { return {x, 1.0, logNorm_ - rate_ * x}; }
   Slope GetSlope(double x) const;
 
   QVMath::QVGammaRNG generator;
@@ -209,6 +229,10 @@ class ChiSquare {
   Moment Mean() const { return {dof_}; }
   Moment Variance() const { return {2.0 * dof_}; }
   Moment Mode() const { return {dof_ > 2.0 ? dof_ - 2.0 : 0.0}; }
+  bool HasPowerDensity() const { return gamma_.HasPowerDensity(); }
+  double GetFirstPower() const { return gamma_.GetFirstPower(); }
+  double GetSecondPower() const { return 0.0; }
+  PowerForm GetPowerForm(double x) const { return gamma_.GetPowerForm(x); }
   Slope GetSlope(double x) const { return gamma_.GetSlope(x); }
 
   QVMath::QVChiSquaredRNG generator;
@@ -239,6 +263,12 @@ class SnedecorsF {
   Moment Mean() const;
   Moment Variance() const;
   Moment Mode() const;
+  bool HasPowerDensity() const { return !integral_.HasLargeParams(); }
+  double GetFirstPower() const { return 0.5 * numerator_ - 1.0; }
+  double GetSecondPower() const { return -0.5 * (numerator_ + denominator_); }
+  PowerForm GetPowerForm(double x) const {
+    return {x, 1.0 + numerator_ * x / denominator_, logNorm_};
+  }
   Slope GetSlope(double x) const;
 
   QVMath::QVSnedecorsFRNG generator;
@@ -276,6 +306,10 @@ class Beta {
   Moment Mean() const { return {alpha_ / (alpha_ + beta_)}; }
   Moment Variance() const;
   Moment Mode() const;
+  bool HasPowerDensity() const { return !integral_.HasLargeParams(); }
+  double GetFirstPower() const { return alpha_ - 1.0; }
+  double GetSecondPower() const { return beta_ - 1.0; }
+  PowerForm GetPowerForm(double x) const { return {x, 1.0 - x, -integral_.GetLogBeta()}; }
   Slope GetSlope(double x) const;
 
   QVMath::QVBetaRNG generator;

@@ -15,10 +15,7 @@ namespace {
 
 // A workload is a file beside this one and a row here.
 constexpr Workload kWorkloads[] = {
-    {"auc", RunAUC},
-    {"dist", RunDistributions},
-    {"vario", RunVariogram},
-    {"mcs", RunMCS},
+    {"auc", RunAUC}, {"dist", RunDistributions}, {"vario", RunVariogram}, {"mcs", RunMCS},
     {"snn", RunSNN},
 };
 

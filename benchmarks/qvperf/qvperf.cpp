@@ -15,8 +15,9 @@ namespace {
 
 // A workload is a file beside this one and a row here.
 constexpr Workload kWorkloads[] = {
-    {"auc", RunAUC}, {"dist", RunDistributions}, {"vario", RunVariogram}, {"mcs", RunMCS},
-    {"snn", RunSNN},
+    {"auc", RunAUC},         {"dist", RunDistributions},
+    {"fp", RunFingerprints}, {"vario", RunVariogram},
+    {"mcs", RunMCS},         {"snn", RunSNN},
 };
 
 [[noreturn]] void Stop(const std::string& message) {

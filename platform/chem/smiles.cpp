@@ -1,5 +1,6 @@
 #include "platform/chem/smiles.h"
 
+#include <GraphMol/MolOps.h>
 #include <GraphMol/SmilesParse/SmilesParse.h>
 #include <GraphMol/SmilesParse/SmilesWrite.h>
 
@@ -78,12 +79,22 @@ std::string FindForeignCharacter(std::string_view smiles) {
   return {};
 }
 
-RDKit::SmilesParserParams ParserParams(const QVMolParseOptions& options) {
+/// Perceives what RDKit's parser would, except which unmarked centres could have stereochemistry:
+/// nothing here asks for that, and it is a quarter of the work.
+std::unique_ptr<RDKit::RWMol> Parse(std::string_view smiles, bool suppressHydrogens) {
   RDKit::SmilesParserParams params;
   params.allowCXSMILES = false;
   params.parseName = false;
-  params.removeHs = options.suppressHydrogens;
-  return params;
+  params.sanitize = false;
+  params.removeHs = false;
+  std::unique_ptr<RDKit::RWMol> mol(RDKit::SmilesToMol(std::string(smiles), params));
+  if (!mol || mol->getNumAtoms() == 0) return nullptr;
+  if (suppressHydrogens)
+    RDKit::MolOps::removeHs(*mol, /*implicitOnly=*/false, /*updateExplicitCount=*/true);
+  else
+    RDKit::MolOps::sanitizeMol(*mol);
+  RDKit::MolOps::assignStereochemistry(*mol, /*cleanIt=*/true, /*force=*/true);
+  return mol;
 }
 
 }  // namespace
@@ -94,9 +105,8 @@ bool QVParseSmiles(QVMolBase& mol, std::string_view smiles, std::string& error,
   error = smiles.empty() ? "empty SMILES" : FindForeignCharacter(smiles);
   if (!error.empty()) return false;
   try {
-    std::unique_ptr<RDKit::RWMol> rdkit(
-        RDKit::SmilesToMol(std::string(smiles), ParserParams(options)));
-    if (rdkit && rdkit->getNumAtoms() > 0)
+    std::unique_ptr<RDKit::RWMol> rdkit = Parse(smiles, options.suppressHydrogens);
+    if (rdkit)
       Internal::SetFromRDKit(mol, std::move(rdkit));
     else
       error = Diagnose(smiles);

@@ -100,6 +100,28 @@ BENCHMARK(BM_Solve)
     ->ArgsProduct({{1000, 2000, 4000}, {1}, {1, 200}})
     ->Unit(benchmark::kMillisecond);
 
+/// Reduction to tridiagonal form, and that with the eigenvalues.
+void BM_Tridiagonalise(benchmark::State& state) {
+  const auto* kernels = GetKernels(state);
+  if (!kernels) return;
+  const Eigen::MatrixXd a = MakePositiveDefinite(state.range(0));
+  const auto size = static_cast<std::size_t>(state.range(0));
+  Eigen::MatrixXd work(a.rows(), a.cols());
+  std::vector<double> d(size), e(size), z(size, 1.0);
+  for (auto _ : state) {
+    work = a;
+    kernels->tridiagonalise(size, work.data(), size, d.data(), e.data(), z.data());
+    if (state.range(2) && !QVMath::QVGetTridiagonalEigenvalues(size, d.data(), e.data()))
+      return state.SkipWithError("no eigenvalues");
+  }
+  SetFlops(state, 4.0 / 3.0 * std::pow(static_cast<double>(size), 3));
+}
+BENCHMARK(BM_Tridiagonalise)
+    ->ArgNames({"n", "path", "values"})
+    ->ArgsProduct({{500, 1000, 2000}, {1}, {0, 1}})
+    ->Args({1000, 0, 0})
+    ->Unit(benchmark::kMillisecond);
+
 void BM_Exp(benchmark::State& state) {
   const auto* kernels = GetKernels(state);
   if (!kernels) return;

@@ -4,6 +4,7 @@
 
 #include <Eigen/Cholesky>
 #include <Eigen/Dense>
+#include <Eigen/Eigenvalues>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -219,6 +220,72 @@ TEST_P(DenseKernels, ExponentialAndLogarithmAtTheirLimits) {
   kernels_->log(u.size(), u.data(), v.data());
   for (std::size_t i = 0; i + 2 < u.size(); ++i) EXPECT_DOUBLE_EQ(v[i], std::log(u[i])) << u[i];
   EXPECT_TRUE(std::isnan(v[7]) && std::isnan(v[8]));
+}
+
+MatrixXd MakeTridiagonal(const VectorXd& diagonal, const VectorXd& offDiagonal) {
+  MatrixXd t = diagonal.asDiagonal();
+  t.diagonal(1) = offDiagonal;
+  t.diagonal(-1) = offDiagonal;
+  return t;
+}
+
+// T = Q'AQ and z = Q'y with an orthogonal Q: the eigenvalues are those of A, and the moments
+// z'T^k z are y'A^k y, which ties z to T.
+TEST_P(DenseKernels, TridiagonalFormKeepsEigenvaluesAndMoments) {
+  for (const Index n : {1, 2, 3, 5, 31, 32, 33, 34, 64, 65, 100, 163}) {
+    MatrixXd a = MakeRandom(n, n, 31);
+    a = (a + a.transpose()).eval() / std::sqrt(static_cast<double>(n));
+    const VectorXd y = MakeRandom(n, 1, 32);
+    MatrixXd work = Embed(a);
+    VectorXd diagonal(n), offDiagonal(n - 1), z = y;
+    kernels_->tridiagonalise(Size(n), work.data(), Size(n + 3), diagonal.data(), offDiagonal.data(),
+                             z.data());
+    EXPECT_EQ((work.array() == kUntouched).count(), 3 * n + n * (n - 1) / 2) << n;
+    const MatrixXd t = MakeTridiagonal(diagonal, offDiagonal);
+    VectorXd ay = y, tz = z;
+    for (int k = 0; k <= 4; ++k) {
+      EXPECT_NEAR(z.dot(tz), y.dot(ay), 1e-11 * y.squaredNorm()) << n << " " << k;
+      ay = a * ay;
+      tz = t * tz;
+    }
+    const VectorXd expected = a.selfadjointView<Eigen::Lower>().eigenvalues();
+    EXPECT_TRUE(QVGetTridiagonalEigenvalues(Size(n), diagonal.data(), offDiagonal.data()));
+    EXPECT_LE((diagonal - expected).cwiseAbs().maxCoeff(), 1e-13) << n;
+  }
+}
+
+TEST_P(DenseKernels, TridiagonalFormOfADiagonalMatrix) {
+  MatrixXd a = VectorXd::LinSpaced(40, 1.0, 40.0).asDiagonal();
+  VectorXd diagonal(40), offDiagonal = VectorXd::Ones(39);
+  kernels_->tridiagonalise(40, a.data(), 40, diagonal.data(), offDiagonal.data(), nullptr);
+  EXPECT_EQ(diagonal, VectorXd::LinSpaced(40, 1.0, 40.0));
+  EXPECT_TRUE(offDiagonal.isZero(0.0));
+}
+
+// 2 - 2 cos(k pi / (n + 1)) for the second difference; Wilkinson's matrix has pairs of eigenvalues
+// that agree to all digits.
+TEST(TridiagonalEigenvalues, OfMatricesWithKnownOnes) {
+  for (const std::size_t n : {1u, 2u, 3u, 50u, 400u}) {
+    std::vector<double> d(n, 2e100), e(n, -1e100);
+    ASSERT_TRUE(QVGetTridiagonalEigenvalues(n, d.data(), e.data()));
+    for (std::size_t k = 0; k < n; ++k) {
+      const double angle = static_cast<double>(k + 1) * M_PI / static_cast<double>(n + 1);
+      EXPECT_NEAR(d[k] * 1e-100, 2.0 - 2.0 * std::cos(angle), 1e-14) << n << " " << k;
+    }
+  }
+  std::vector<double> d(21), e(20, 1.0);
+  for (std::size_t i = 0; i < 21; ++i) d[i] = std::abs(10.0 - static_cast<double>(i));
+  ASSERT_TRUE(QVGetTridiagonalEigenvalues(21, d.data(), e.data()));
+  // J. H. Wilkinson, "The Algebraic Eigenvalue Problem", 1965, page 309: W21+.
+  EXPECT_NEAR(d[20], 10.74619418290339, 1e-13);
+  EXPECT_NEAR(d[19], 10.74619418290332, 1e-13);
+  EXPECT_NEAR(d[0], -1.12544152211998, 1e-13);
+
+  std::vector<double> zeros(5, 0.0), none(4, 0.0);
+  EXPECT_TRUE(QVGetTridiagonalEigenvalues(5, zeros.data(), none.data()));
+  EXPECT_EQ(zeros, std::vector<double>(5, 0.0));
+  zeros[2] = std::nan("");
+  EXPECT_FALSE(QVGetTridiagonalEigenvalues(5, zeros.data(), none.data()));
 }
 
 TEST(DenseDispatch, AlwaysHasAPath) {

@@ -65,6 +65,14 @@ struct QVDenseKernels {
   void (*exp)(std::size_t n, const double* x, double* y);
   /// y_i = log(x_i), within 1 unit in the last place; NaN below 0, -infinity at 0.
   void (*log)(std::size_t n, const double* x, double* y);
+
+  /// Reduces the symmetric matrix of a lower triangle (n x n, n >= 1) to the tridiagonal T = Q' A Q
+  /// by Householder reflections: n diagonal elements and n - 1 beside it. `z`, unless null, is n
+  /// values and becomes Q' z. The lower triangle of A is destroyed, the rest is left alone.
+  /// Source: J. J. Dongarra, D. C. Sorensen, S. J. Hammarling, "Block reduction of matrices to
+  /// condensed forms for eigenvalue computations", J. Comput. Appl. Math. 27, 1989.
+  void (*tridiagonalise)(std::size_t n, double* a, std::size_t lda, double* diagonal,
+                         double* offDiagonal, double* z);
 };
 
 /// The instruction sets, the slowest first.
@@ -72,6 +80,13 @@ enum class QVDensePath { Plain, Avx2 };
 
 /// \return the functions for an instruction set, or null where this machine or this build lacks it.
 QVMATH_EXPORT const QVDenseKernels* QVFindDenseKernels(QVDensePath path);
+
+/// The eigenvalues of a symmetric tridiagonal matrix, ascending: `diagonal` is n values and becomes
+/// them; `offDiagonal` is n - 1 values and is destroyed. O(n^2), by the root-free QL iteration of
+/// Pal, Walker and Kahan (B. N. Parlett, "The Symmetric Eigenvalue Problem", 1998, section 8.15).
+/// \return whether the iteration converged; it does for finite matrices.
+QVMATH_EXPORT bool QVGetTridiagonalEigenvalues(std::size_t n, double* diagonal,
+                                               double* offDiagonal);
 
 /// \return the fastest functions that this machine can run.
 QVMATH_EXPORT const QVDenseKernels& QVGetDenseKernels();

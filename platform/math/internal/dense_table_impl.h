@@ -11,6 +11,7 @@
 #include "platform/math/internal/dense_factor_impl.h"
 #include "platform/math/internal/dense_functions_impl.h"
 #include "platform/math/internal/dense_tables.h"
+#include "platform/math/internal/dense_tridiagonal_impl.h"
 
 namespace QVMath {
 namespace QV_DENSE_NAMESPACE {
@@ -18,7 +19,7 @@ namespace QV_DENSE_NAMESPACE {
 const QVDenseKernels kKernels = {
     QV_DENSE_NAME,  Cholesky,   SolveLower, SolveLowerTransposed,
     Multiply,       RankUpdate, Dot,        MultiplyTransposed,
-    MultiplyVector, ExpArray,   LogArray,
+    MultiplyVector, ExpArray,   LogArray,   Tridiagonalise,
 };
 
 }  // namespace QV_DENSE_NAMESPACE

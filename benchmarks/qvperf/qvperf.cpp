@@ -18,6 +18,11 @@ constexpr Workload kWorkloads[] = {
     {"auc", RunAUC},         {"dist", RunDistributions},
     {"fp", RunFingerprints}, {"vario", RunVariogram},
     {"mcs", RunMCS},         {"snn", RunSNN},
+    {"auc", RunAUC},
+    {"gp", RunGaussianProcess},
+    {"vario", RunVariogram},
+    {"mcs", RunMCS},
+    {"snn", RunSNN},
 };
 
 [[noreturn]] void Stop(const std::string& message) {

@@ -10,6 +10,7 @@ namespace QVPerf {
 bool RunAUC(const Run& run);
 bool RunDistributions(const Run& run);
 bool RunFingerprints(const Run& run);
+bool RunGaussianProcess(const Run& run);
 bool RunVariogram(const Run& run);
 bool RunMCS(const Run& run);
 bool RunSNN(const Run& run);

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <utility>
 
+#include "platform/math/dense_kernels.h"
 #include "platform/system/error_handler.h"
 
 namespace QVStats {
@@ -33,17 +34,29 @@ void QVKrigeDistances::Reserve(std::size_t points) {
   if (points > 1) packed_.reserve(points * (points - 1) / 2);
 }
 
-void QVFillUpperCovariances(MatrixXd& matrix, const QVKrigeDistances& distances,
+void QVFillLowerCovariances(MatrixXd& matrix, const QVKrigeDistances& distances,
                             const QVKrigeKernelBase& kernel) {
+  // Rows are computed a strip at a time and written by columns: a strip is a cache line.
+  constexpr std::size_t kStrip = 8;
+  const std::size_t n = distances.GetNumPoints();
+  const auto stride = static_cast<std::size_t>(matrix.outerStride());
   const double zero = 0.0;
   double diagonal = 0.0;
   kernel.GetCovariances(&zero, &diagonal, 1);
-  bool complete = !std::isnan(diagonal);
-  for (std::size_t g = 0; g < distances.GetNumPoints(); ++g) {
-    double* column = matrix.data() + g * static_cast<std::size_t>(matrix.outerStride());
-    if (g > 0) kernel.GetCovariances(distances.GetRow(g), column, g);
-    column[g] = diagonal;
-    complete = complete && !HasNaN(column, g);
+  std::vector<double> rows(kStrip * n);
+  bool complete = true;
+  for (std::size_t first = 0; first < n; first += kStrip) {
+    const std::size_t count = std::min(kStrip, n - first);
+    for (std::size_t r = 0; r < count; ++r) {
+      const std::size_t g = first + r;
+      double* row = rows.data() + r * n;
+      if (g > 0) kernel.GetCovariances(distances.GetRow(g), row, g);
+      row[g] = diagonal;
+      complete = complete && !HasNaN(row, g + 1);
+    }
+    for (std::size_t column = 0; column < first + count; ++column)
+      for (std::size_t r = column < first ? 0 : column - first; r < count; ++r)
+        matrix.data()[column * stride + first + r] = rows[r * n + column];
   }
   QV_ASSERT(complete);
 }
@@ -58,15 +71,16 @@ MatrixXd MakeBorder(const MatrixXd& properties, Index points) {
   return border;
 }
 
-/// K = U'U with one factor, and the border through its Schur complement.
+std::size_t Count(Index n) { return static_cast<std::size_t>(n); }
+
+/// K = L L' with one factor, and the border through its Schur complement.
 class CholeskySystem : public QVKrigeSystem {
  public:
-  /// Whether the covariances in the upper triangle of `matrix`, which becomes the factor, are
+  /// Whether the covariances in the lower triangle of `matrix`, which becomes the factor, are
   /// positive definite.
   bool Factorise(MatrixXd matrix) {
     factor_ = std::move(matrix);
-    Eigen::LLT<Eigen::Ref<MatrixXd>, Eigen::Upper> llt(factor_);
-    return llt.info() == Eigen::Success;
+    return kernels_.cholesky(Count(factor_.rows()), factor_.data(), Count(factor_.rows()));
   }
 
   /// Whether the Schur complement of `border` is safely positive definite; it is not when columns
@@ -96,31 +110,32 @@ class CholeskySystem : public QVKrigeSystem {
   }
 
  protected:
-  MatrixXd SolveWeights(const MatrixXd& covariances, const MatrixXd& properties) const override {
-    MatrixXd z = covariances;
-    SolveForward(z);
+  void SolveWeights(const VectorXd& borderRow, VectorXd& c) const override {
+    SolveForward(c);
     if (half_.cols() > 0) {
-      const MatrixXd rows = MakeBorderRows(properties);
-      for (Index q = 0; q < z.cols(); ++q) {
-        const VectorXd gz = half_.transpose() * z.col(q);
-        z.col(q) -= half_ * schur_.solve(gz - rows.col(q));
-      }
+      const VectorXd lambda = schur_.solve(ProjectOnBorder(c.data()) - borderRow);
+      kernels_.multiplyVector(Count(c.size()), Count(half_.cols()), -1.0, half_.data(),
+                              Count(half_.rows()), lambda.data(), c.data());
     }
-    SolveBackward(z);
-    return z;
+    SolveBackward(c);
   }
 
-  Eigen::Matrix2Xd SolveMoments(MatrixXd& covariances, const MatrixXd& properties) const override {
-    Eigen::Matrix2Xd moments(2, covariances.cols());
-    for (Index q = 0; q < covariances.cols(); ++q) moments(0, q) = alpha_.dot(covariances.col(q));
-    SolveForward(covariances);
-    const MatrixXd rows = MakeBorderRows(properties);
-    for (Index q = 0; q < covariances.cols(); ++q) {
-      moments(1, q) = covariances.col(q).squaredNorm();
+  Eigen::Matrix2Xd SolveMoments(const MatrixXd& borderRows, MatrixXd& c) const override {
+    const Index queries = c.cols();
+    Eigen::Matrix2Xd moments(2, queries);
+    for (Index q = 0; q < queries; ++q) moments(0, q) = Dot(alpha_.data(), c.col(q).data());
+    // A few right sides are solved by other arithmetic than many. With some columns of zeros a
+    // single query gets the bits that it has in a block.
+    c.conservativeResize(Eigen::NoChange, std::max(queries, kManyRightSides));
+    c.rightCols(c.cols() - queries).setZero();
+    SolveForward(c);
+    for (Index q = 0; q < queries; ++q) {
+      const double* z = c.col(q).data();
+      moments(1, q) = Dot(z, z);
       if (half_.cols() == 0) continue;
-      const VectorXd gz = half_.transpose() * covariances.col(q);
-      moments(0, q) += beta_.dot(rows.col(q));
-      moments(1, q) -= gz.dot(schur_.solve(gz - rows.col(q)));
+      const VectorXd projection = ProjectOnBorder(z);
+      moments(0, q) += beta_.dot(borderRows.col(q));
+      moments(1, q) -= projection.dot(schur_.solve(projection - borderRows.col(q)));
     }
     return moments;
   }
@@ -129,16 +144,34 @@ class CholeskySystem : public QVKrigeSystem {
   /// Pivots of the Schur complement, scaled to a unit diagonal, below this leave the small system
   /// with fewer than half of its digits.
   static constexpr double kSafePivot = 1e-8;
+  static constexpr Index kManyRightSides = 4;
 
-  /// Columns of B become U'^-1 B.
-  void SolveForward(MatrixXd& b) const {
-    factor_.triangularView<Eigen::Upper>().transpose().solveInPlace(b);
+  double Dot(const double* x, const double* y) const {
+    return kernels_.dot(Count(factor_.rows()), x, y);
   }
-  /// Columns of B become U^-1 B.
-  void SolveBackward(MatrixXd& b) const { factor_.triangularView<Eigen::Upper>().solveInPlace(b); }
+  /// G'z.
+  VectorXd ProjectOnBorder(const double* z) const {
+    VectorXd projection = VectorXd::Zero(half_.cols());
+    kernels_.multiplyTransposed(Count(half_.rows()), Count(half_.cols()), 1.0, half_.data(),
+                                Count(half_.rows()), z, projection.data());
+    return projection;
+  }
+  /// Columns of B become L^-1 B.
+  template <class Matrix>
+  void SolveForward(Matrix& b) const {
+    const std::size_t n = Count(factor_.rows());
+    kernels_.solveLower(n, factor_.data(), n, Count(b.cols()), b.data(), n);
+  }
+  /// Columns of B become L'^-1 B.
+  template <class Matrix>
+  void SolveBackward(Matrix& b) const {
+    const std::size_t n = Count(factor_.rows());
+    kernels_.solveLowerTransposed(n, factor_.data(), n, Count(b.cols()), b.data(), n);
+  }
 
-  MatrixXd factor_;
-  MatrixXd half_;  // G = U'^-1 F
+  const QVMath::QVDenseKernels& kernels_ = QVMath::QVGetDenseKernels();
+  MatrixXd factor_;  // L in the lower triangle; nothing above it
+  MatrixXd half_;    // G = L^-1 F
   Eigen::LLT<MatrixXd> schur_;
   VectorXd alpha_;
   VectorXd beta_;
@@ -152,32 +185,27 @@ class BorderedSystem : public QVKrigeSystem {
     const Index n = border.rows();
     const Index b = border.cols();
     MatrixXd matrix(n + b, n + b);
-    QVFillUpperCovariances(matrix, distances, kernel);
-    matrix.topRightCorner(n, b) = border;
+    QVFillLowerCovariances(matrix, distances, kernel);
+    matrix.bottomLeftCorner(b, n) = border.transpose();
     matrix.bottomRightCorner(b, b).setZero();
-    factor_.compute(matrix.selfadjointView<Eigen::Upper>());
+    factor_.compute(matrix.selfadjointView<Eigen::Lower>());
     return factor_.info() == Eigen::Success;
   }
 
  protected:
-  MatrixXd SolveWeights(const MatrixXd& covariances, const MatrixXd& properties) const override {
-    const MatrixXd rows = MakeBorderRows(properties);
-    const Index n = covariances.rows();
-    MatrixXd weights(n, covariances.cols());
-    VectorXd right(n + rows.rows());
-    for (Index q = 0; q < covariances.cols(); ++q) {
-      right << covariances.col(q), rows.col(q);
-      weights.col(q) = factor_.solve(right).head(n);
-    }
-    return weights;
+  void SolveWeights(const VectorXd& borderRow, VectorXd& c) const override {
+    VectorXd right(c.size() + borderRow.size());
+    right << c, borderRow;
+    c = factor_.solve(right).head(c.size());
   }
 
-  Eigen::Matrix2Xd SolveMoments(MatrixXd& covariances, const MatrixXd& properties) const override {
-    const MatrixXd weights = SolveWeights(covariances, properties);
-    Eigen::Matrix2Xd moments(2, weights.cols());
-    for (Index q = 0; q < weights.cols(); ++q) {
-      moments(0, q) = weights.col(q).dot(GetResponses());
-      moments(1, q) = weights.col(q).dot(covariances.col(q));
+  Eigen::Matrix2Xd SolveMoments(const MatrixXd& borderRows, MatrixXd& c) const override {
+    Eigen::Matrix2Xd moments(2, c.cols());
+    for (Index q = 0; q < c.cols(); ++q) {
+      VectorXd weights = c.col(q);
+      SolveWeights(borderRows.col(q), weights);
+      moments(0, q) = weights.dot(GetResponses());
+      moments(1, q) = weights.dot(VectorXd(c.col(q)));
     }
     return moments;
   }
@@ -186,11 +214,12 @@ class BorderedSystem : public QVKrigeSystem {
   Eigen::LDLT<MatrixXd> factor_;
 };
 
-/// n x m covariances of m queries. A NaN distance is a fatal report.
+/// n x m covariances of m queries, column by column: the bits of one do not depend on the others.
 MatrixXd GetCovariances(const MatrixXd& distances, const QVKrigeKernelBase& kernel) {
   MatrixXd covariances(distances.rows(), distances.cols());
-  kernel.GetCovariances(distances.data(), covariances.data(),
-                        static_cast<std::size_t>(distances.size()));
+  for (Index q = 0; q < distances.cols(); ++q)
+    kernel.GetCovariances(distances.col(q).data(), covariances.col(q).data(),
+                          Count(distances.rows()));
   return covariances;
 }
 
@@ -210,7 +239,7 @@ std::shared_ptr<const QVKrigeSystem> QVKrigeSystem::Create(QVKrigePoints points,
                                                            const QVKrigeKernelBase& kernel) {
   const Index n = points.responses.size();
   MatrixXd covariances(n, n);
-  QVFillUpperCovariances(covariances, *points.distances, kernel);
+  QVFillLowerCovariances(covariances, *points.distances, kernel);
   auto cholesky = std::make_shared<CholeskySystem>();
   if (!cholesky->Factorise(std::move(covariances))) return nullptr;
 
@@ -229,8 +258,7 @@ std::shared_ptr<const QVKrigeSystem> QVKrigeSystem::Create(QVKrigePoints points,
   }
   if (cholesky) cholesky->SetResponses(points.responses);
 
-  for (Index g = 0; g < n; ++g)
-    points.records.points[static_cast<std::size_t>(g)].response = points.responses[g];
+  for (Index g = 0; g < n; ++g) points.records.points[Count(g)].response = points.responses[g];
   system->mean_ = mean;
   system->numProperties_ = points.properties.cols();
   system->baseline_ = baseline;
@@ -243,6 +271,7 @@ std::shared_ptr<const QVKrigeSystem> QVKrigeSystem::Create(QVKrigePoints points,
 }
 
 MatrixXd QVKrigeSystem::MakeBorderRows(const MatrixXd& properties) const {
+  if (mean_ == QVKrigeMean::Known) return MatrixXd(0, properties.cols());
   MatrixXd rows(1 + properties.rows(), properties.cols());
   rows.row(0).setOnes();
   rows.bottomRows(properties.rows()) = properties;
@@ -263,21 +292,24 @@ bool QVKrigeSystem::IsValidVariance(double variance) const {
 std::vector<QVKrigeResult> QVKrigeSystem::GetResults(const MatrixXd& distances,
                                                      const MatrixXd& properties) const {
   const MatrixXd covariances = GetCovariances(distances, *kernel_);
-  MatrixXd weights = SolveWeights(covariances, properties);
-  std::vector<QVKrigeResult> results(static_cast<std::size_t>(distances.cols()));
+  const MatrixXd borderRows = MakeBorderRows(properties);
+  std::vector<QVKrigeResult> results(Count(distances.cols()));
   for (Index q = 0; q < distances.cols(); ++q) {
-    auto w = weights.col(q);
     const auto d = distances.col(q);
     if (!QV_ASSERT(!d.hasNaN())) continue;
     // At a point the exact solution is known, and rounding must not refuse it.
     const Index identical = FindIdenticalPoint(d.data(), d.size());
-    if (identical >= 0) w = VectorXd::Unit(w.size(), identical);
+    VectorXd w = covariances.col(q);
+    if (identical >= 0)
+      w = VectorXd::Unit(w.size(), identical);
+    else
+      SolveWeights(borderRows.col(q), w);
     if (numProperties_ > 0 && w.hasNaN()) {
       QVSystem::QVThrow.Warning("Universal kriging failed, NaN weights");
       continue;
     }
     if (identical < 0 && !IsValidVariance(ComputeVariance(w.dot(covariances.col(q))))) continue;
-    results[static_cast<std::size_t>(q)] = QVKrigeResult(std::make_unique<QVKrigeResultImpl>(
+    results[Count(q)] = QVKrigeResult(std::make_unique<QVKrigeResultImpl>(
         points_, kernel_, baseline_, std::vector<double>(d.data(), d.data() + d.size()),
         std::vector<double>(w.data(), w.data() + w.size())));
   }
@@ -288,13 +320,12 @@ std::vector<QVKrigeEstimate> QVKrigeSystem::GetEstimates(const MatrixXd& distanc
                                                          const MatrixXd& properties,
                                                          double errorValue) const {
   MatrixXd covariances = GetCovariances(distances, *kernel_);
-  const Eigen::Matrix2Xd moments = SolveMoments(covariances, properties);
-  std::vector<QVKrigeEstimate> estimates(static_cast<std::size_t>(distances.cols()),
-                                         {errorValue, errorValue});
+  const Eigen::Matrix2Xd moments = SolveMoments(MakeBorderRows(properties), covariances);
+  std::vector<QVKrigeEstimate> estimates(Count(distances.cols()), {errorValue, errorValue});
   for (Index q = 0; q < distances.cols(); ++q) {
     const auto d = distances.col(q);
     if (!QV_ASSERT(!d.hasNaN())) continue;
-    QVKrigeEstimate& estimate = estimates[static_cast<std::size_t>(q)];
+    QVKrigeEstimate& estimate = estimates[Count(q)];
     const Index identical = FindIdenticalPoint(d.data(), d.size());
     if (identical >= 0) {
       double covariance = 0.0;

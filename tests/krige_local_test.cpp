@@ -154,16 +154,20 @@ TEST(LocalKriging, FallsBackToTheLocalVariogram) {
 }
 
 // Two neighbours give one bin: too few to refit a ranked kernel, enough for the last stage. Next to
-// the ranges of all training their distance is 0 to rounding, so no ranked kernel serves as it is.
+// the ranges that suit all training their distance is 0 to rounding, so no ranked kernel serves as
+// it is.
 TEST(LocalKriging, FallsBackToLocalKernels) {
-  const auto steepest = [](const Point& a, const Point& b) { return std::pow(Euclid(a, b), 40); };
-  Model model = MakeModel(Kind::Ordinary, LocalOptions(2), FunctionDistance(steepest));
-  for (int i = 0; i < 10; ++i) model.AddTraining({5.0 * i, 0.0}, 0.3 * i);
-  model.AddTraining({70.0, 0.0}, 1.0);
-  model.AddTraining({70.2, 0.0}, 2.0);
+  const auto torn = [](const Point& a, const Point& b) {
+    const double distance = Euclid(a, b);
+    return distance * (distance > 1.0 ? 1e40 : 1e-29);
+  };
+  Model model = MakeModel(Kind::Ordinary, LocalOptions(2), FunctionDistance(torn));
+  for (int i = 0; i < 10; ++i) model.AddTraining({2.0 * i, 0.0}, 0.3 * i);
+  model.AddTraining({30.0, 0.0}, 1.0);
+  model.AddTraining({30.5, 0.0}, 2.0);
   ASSERT_TRUE(model.Train());
   const auto warnings = Texts(QVErrorLevel::Warning, [&] {
-    EXPECT_THAT(model.Predict({70.1, 0.2}), IsCloseTo(1.5, 1e-6));
+    EXPECT_THAT(model.Predict({30.25, 0.25}), IsCloseTo(1.5, 1e-6));
   });
   ASSERT_FALSE(warnings.empty());
   EXPECT_EQ(warnings.back(), kLocalKernels);

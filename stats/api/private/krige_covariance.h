@@ -38,9 +38,9 @@ bool QVFillCovarianceMatrix(Eigen::MatrixXd& matrix,
         static_cast<int>(matrix.rows()), static_cast<int>(matrix.cols()), static_cast<int>(n));
     return false;
   }
-  QVFillUpperCovariances(matrix, container.GetUniqueDistances(), kernel);
+  QVFillLowerCovariances(matrix, container.GetUniqueDistances(), kernel);
   for (Eigen::Index g = 0; g < n; ++g)
-    for (Eigen::Index h = 0; h < g; ++h) matrix(g, h) = matrix(h, g);
+    for (Eigen::Index h = 0; h < g; ++h) matrix(h, g) = matrix(g, h);
   return true;
 }
 

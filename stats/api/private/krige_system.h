@@ -95,18 +95,16 @@ class QVSTATS_EXPORT QVKrigeSystem {
 
  protected:
   QVKrigeSystem() = default;
-  Eigen::Index GetNumProperties() const { return numProperties_; }
   /// [1; f] for each query, b rows; none when the mean is known.
   Eigen::MatrixXd MakeBorderRows(const Eigen::MatrixXd& properties) const;
   double ComputeVariance(double explained) const;
   bool IsValidVariance(double variance) const;
 
-  /// n x m weights from n x m covariances; the numbers in a column need not be finite.
-  virtual Eigen::MatrixXd SolveWeights(const Eigen::MatrixXd& covariances,
-                                       const Eigen::MatrixXd& properties) const = 0;
-  /// y'w in the first row and c'w in the second, a column a query. `covariances` is overwritten.
-  virtual Eigen::Matrix2Xd SolveMoments(Eigen::MatrixXd& covariances,
-                                        const Eigen::MatrixXd& properties) const = 0;
+  /// The covariances of one query become its weights. The numbers need not be finite.
+  virtual void SolveWeights(const Eigen::VectorXd& borderRow, Eigen::VectorXd& c) const = 0;
+  /// y'w in the first row and c'w in the second, a column a query; the covariances are overwritten.
+  virtual Eigen::Matrix2Xd SolveMoments(const Eigen::MatrixXd& borderRows,
+                                        Eigen::MatrixXd& c) const = 0;
 
   const Eigen::VectorXd& GetResponses() const { return responses_; }
 
@@ -121,9 +119,9 @@ class QVSTATS_EXPORT QVKrigeSystem {
   QVSystem::QVCowPtr<QVKrigeResultPoints> points_;
 };
 
-/// The covariances of the points in the upper triangle of the leading block of `matrix`. A NaN is a
+/// The covariances of the points in the lower triangle of the leading block of `matrix`. A NaN is a
 /// fatal report.
-QVSTATS_EXPORT void QVFillUpperCovariances(Eigen::MatrixXd& matrix,
+QVSTATS_EXPORT void QVFillLowerCovariances(Eigen::MatrixXd& matrix,
                                            const QVKrigeDistances& distances,
                                            const QVKrigeKernelBase& kernel);
 

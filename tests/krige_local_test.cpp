@@ -153,24 +153,24 @@ TEST(LocalKriging, FallsBackToTheLocalVariogram) {
     EXPECT_THAT(Texts(QVErrorLevel::Warning, [&] { model.Predict(query.point); }), IsEmpty());
 }
 
-// Two neighbours give one bin: too few to refit a ranked kernel, enough for the last stage. Next to
-// the ranges that suit all training their distance is 0 to rounding, so no ranked kernel serves as
-// it is.
+// Unmeasured neighbours stay out of the local variogram, and the one pair left is one bin: too few
+// to refit a ranked kernel, enough for the last stage, where its distance becomes the range.
 TEST(LocalKriging, FallsBackToLocalKernels) {
-  const auto torn = [](const Point& a, const Point& b) {
-    const double distance = Euclid(a, b);
-    return distance * (distance > 1.0 ? 1e40 : 1e-29);
-  };
-  Model model = MakeModel(Kind::Ordinary, LocalOptions(2), FunctionDistance(torn));
-  for (int i = 0; i < 10; ++i) model.AddTraining({2.0 * i, 0.0}, 0.3 * i);
-  model.AddTraining({30.0, 0.0}, 1.0);
-  model.AddTraining({30.5, 0.0}, 2.0);
+  Model model = MakeModel(Kind::Ordinary, LocalOptions(6), FunctionDistance(&Steep));
+  for (const Sample& sample : MakeSamples(60, 1)) model.AddTraining(sample.point, sample.value);
+  model.AddTraining({2.5, 0.5}, 1.0);
+  model.AddTraining({2.55, 0.5}, 2.0);
+  for (const Point& point : {Point{2.2, 0.2}, Point{2.8, 0.2}, Point{2.2, 0.8}, Point{2.8, 0.8}})
+    model.AddUnmeasuredTraining(point, 3.0);
   ASSERT_TRUE(model.Train());
+  QVKrigeResult result;
   const auto warnings = Texts(QVErrorLevel::Warning, [&] {
-    EXPECT_THAT(model.Predict({30.25, 0.25}), IsCloseTo(1.5, 1e-6));
+    result = model.GetKrigeResult({2.525, 0.6});
   });
+  ASSERT_TRUE(result.Valid());
   ASSERT_FALSE(warnings.empty());
   EXPECT_EQ(warnings.back(), kLocalKernels);
+  EXPECT_THAT(result.GetKernel().GetRange(), IsCloseTo(std::pow(0.05, 8), 1e-9));
 }
 
 /// Every qualifying pair, by the definition.

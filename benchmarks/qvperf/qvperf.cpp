@@ -18,10 +18,8 @@ constexpr Workload kWorkloads[] = {
     {"auc", RunAUC},         {"dist", RunDistributions},
     {"fp", RunFingerprints}, {"vario", RunVariogram},
     {"mcs", RunMCS},         {"snn", RunSNN},
-    {"auc", RunAUC},
-    {"gp", RunGaussianProcess},
-    {"vario", RunVariogram},
-    {"mcs", RunMCS},
+    {"auc", RunAUC},         {"gp", RunGaussianProcess},
+    {"vario", RunVariogram}, {"mcs", RunMCS},
     {"snn", RunSNN},
 };
 

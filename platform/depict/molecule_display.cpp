@@ -12,7 +12,7 @@ namespace {
 
 constexpr double kFontSize = 0.42;      // of atom labels, in bond lengths
 constexpr double kMargin = 0.55;        // around the atoms, in bond lengths: room for labels
-constexpr double kLargestBond = 0.2;    // of the smaller side of the display
+constexpr double kLargestBond = 0.26;   // of the smaller side of the display
 constexpr double kLegendShare = 0.16;   // of the width
 constexpr double kTitleShare = 0.09;    // of the height
 constexpr double kLargestTitle = 11.0;  // font size

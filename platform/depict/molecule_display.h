@@ -74,8 +74,8 @@ constexpr unsigned int Bottom = 2;
 /// Size and style of a molecule display.
 class QV2DMolDisplayOptions {
  public:
-  /// \param scale the length of a bond in units of the image; 0 takes what fits, at most a fifth of
-  /// the smaller side, so that small molecules do not fill the page.
+  /// \param scale the length of a bond in units of the image; 0 takes what fits, at most a
+  /// quarter of the smaller side, so that small molecules do not fill the page.
   QV2DMolDisplayOptions(double width, double height, double scale = 0.0)
       : width_(width), height_(height), scale_(scale) {}
 

@@ -210,7 +210,10 @@ class QVPlot::Renderer {
   }
 
   bool Render() {
-    if (!FindRanges() || !LayOut()) return false;
+    if (!FindRanges()) return false;
+    right_ = image_.GetWidth() - 1.5 * size_;
+    if (!LayOut()) return false;
+    PlaceLegend();
     DrawGrid();
     for (const Series& series : plot_.series_) Draw(series);
     DrawAxes();
@@ -272,7 +275,6 @@ class QVPlot::Renderer {
   double GetWidthOf(const std::string& text) const { return QVMeasureText(text, font_).width; }
 
   bool LayOut() {
-    const double width = image_.GetWidth();
     const double height = image_.GetHeight();
     top_ = plot_.title_.empty() ? 0.8 * size_ : 2.6 * size_;
     bottom_ = height - (plot_.x_.label.empty() ? 2.2 * size_ : 3.8 * size_);
@@ -280,7 +282,6 @@ class QVPlot::Renderer {
     double widest = 0.0;
     for (const Tick& tick : yTicks_) widest = std::max(widest, GetWidthOf(tick.text));
     left_ = widest + (plot_.y_.label.empty() ? 1.2 : 2.9) * size_;
-    right_ = width - 1.5 * size_;
     if (right_ - left_ < 20.0 || bottom_ - top_ < 15.0) return false;
     if (plot_.square_) MakeSquare();
     // As many ticks as their own texts leave room for.
@@ -510,27 +511,34 @@ class QVPlot::Renderer {
       image_.DrawLine(from, to, QVLinePen(series.color, 0.1 * size_, series.stipple));
   }
 
-  /// In the corner that holds the least data, on a ground that lets it shine through a little.
-  void DrawLegend() {
-    std::vector<const Series*> named;
+  /// In a free corner of the plot, or beside it when all of them hold data and there is room.
+  void PlaceLegend() {
     double width = 0.0;
     for (const Series& series : plot_.series_) {
       if (series.label.empty()) continue;
-      named.push_back(&series);
+      named_.push_back(&series);
       width = std::max(width, GetWidthOf(series.label));
     }
-    if (named.empty()) return;
-    width = std::min(width + 3.4 * size_, right_ - left_);
-    const double height = 1.5 * size_ * static_cast<double>(named.size()) + 0.6 * size_;
-    const QV2DPoint corner = FindFreeCorner(width, height);
-    image_.DrawRectangle(corner, {corner.x + width, corner.y + height},
+    if (named_.empty()) return;
+    legendWidth_ = std::min(width + 3.4 * size_, right_ - left_);
+    legendHeight_ = 1.5 * size_ * static_cast<double>(named_.size()) + 0.6 * size_;
+    const double plotWidth = right_ - left_;
+    if (FindFreeCorner() || plotWidth < 2.0 * legendWidth_) return;
+    right_ = image_.GetWidth() - legendWidth_ - size_;
+    LayOut();
+    legend_ = {right_ + 0.6 * size_, top_};
+  }
+
+  void DrawLegend() {
+    if (named_.empty()) return;
+    image_.DrawRectangle(legend_, {legend_.x + legendWidth_, legend_.y + legendHeight_},
                          QVPen(WithAlpha(QVSystem::QVWhite, 225), kGridColor, true, 0.7));
     const QVFont left = QVFont(font_).SetAlignment(QVAlignment::Left);
-    double y = corner.y + 1.05 * size_;
-    for (const Series* series : named) {
-      DrawSample(*series, corner.x + 0.6 * size_, y);
-      image_.DrawText({corner.x + 2.8 * size_, y + 0.36 * size_},
-                      QVCutText(series->label, left, width - 3.2 * size_), left);
+    double y = legend_.y + 1.05 * size_;
+    for (const Series* series : named_) {
+      DrawSample(*series, legend_.x + 0.6 * size_, y);
+      image_.DrawText({legend_.x + 2.8 * size_, y + 0.36 * size_},
+                      QVCutText(series->label, left, legendWidth_ - 3.2 * size_), left);
       y += 1.5 * size_;
     }
   }
@@ -557,37 +565,43 @@ class QVPlot::Renderer {
     }
   }
 
-  QV2DPoint FindFreeCorner(double width, double height) const {
+  /// Puts the legend where it covers least. \return whether it covers nothing there.
+  bool FindFreeCorner() {
     const double gap = 0.5 * size_;
     const double west = left_ + gap;
-    const double east = std::max(west, right_ - gap - width);
+    const double east = std::max(west, right_ - gap - legendWidth_);
     const double north = top_ + gap;
-    const double south = std::max(north, bottom_ - gap - height);
+    const double south = std::max(north, bottom_ - gap - legendHeight_);
     const QV2DPoint corners[] = {{east, north}, {west, north}, {east, south}, {west, south}};
     std::size_t fewest = std::numeric_limits<std::size_t>::max();
-    QV2DPoint best = corners[0];
     for (const QV2DPoint& corner : corners) {
       std::size_t covered = 0;
-      for (const Series& series : plot_.series_)
-        covered += CountCovered(series, corner, width, height);
+      for (const Series& series : plot_.series_) covered += CountCovered(series, corner);
       if (covered >= fewest) continue;
       fewest = covered;
-      best = corner;
+      legend_ = corner;
     }
-    return best;
+    return fewest == 0;
   }
 
-  std::size_t CountCovered(const Series& series, const QV2DPoint& corner, double width,
-                           double height) const {
+  std::size_t CountCovered(const Series& series, const QV2DPoint& corner) const {
     const std::size_t count = std::min(series.x.size(), series.y.size());
     const std::size_t stride = 1 + count / 5000;
+    // A line is looked at between its points too, bars down to their base.
+    const bool isLine = series.kind == Kind::Line;
+    const int steps = isLine && count < 500 ? 12 : 1;
     const bool bars = series.kind == Kind::Bars;
     std::size_t covered = 0;
     for (std::size_t i = 0; i < count; i += stride) {
       const QV2DPoint point = Map(series.x[i], series.y[i]);
-      const bool within = point.x >= corner.x && point.x <= corner.x + width &&
-                          point.y <= corner.y + height && (bars || point.y >= corner.y);
-      covered += within ? stride : 0;
+      const QV2DPoint next = i + 1 < count ? Map(series.x[i + 1], series.y[i + 1]) : point;
+      for (int k = 0; k < steps; ++k) {
+        const double x = point.x + (next.x - point.x) * k / steps;
+        const double y = point.y + (next.y - point.y) * k / steps;
+        if (x >= corner.x && x <= corner.x + legendWidth_ && y <= corner.y + legendHeight_ &&
+            (bars || y >= corner.y))
+          ++covered;
+      }
     }
     return covered;
   }
@@ -604,6 +618,10 @@ class QVPlot::Renderer {
   double right_ = 0.0;
   double top_ = 0.0;
   double bottom_ = 0.0;
+  std::vector<const Series*> named_;
+  QV2DPoint legend_;
+  double legendWidth_ = 0.0;
+  double legendHeight_ = 0.0;
 };
 
 bool QVPlot::Render(QVImageBase& image) const { return Renderer(*this, image).Render(); }

@@ -10,8 +10,9 @@
 /// above that estimate is found. Standard errors come from the inverse of the observed information,
 /// the negative second derivatives of the log-likelihood: they hold for large samples.
 /// Sources: N. L. Johnson, S. Kotz, N. Balakrishnan, "Continuous Univariate Distributions", 2nd
-/// ed., 1994-95; J. R. M. Hosking, J. R. Wallis, E. F. Wood, "Estimation of the Generalized Extreme-
-/// Value Distribution by the Method of Probability-Weighted Moments", Technometrics 27(3), 1985.
+/// ed., 1994-95; J. R. M. Hosking, J. R. Wallis, E. F. Wood, "Estimation of the Generalized
+/// Extreme- Value Distribution by the Method of Probability-Weighted Moments", Technometrics 27(3),
+/// 1985.
 #ifndef QVSTATS_API_PDF_FIT_H
 #define QVSTATS_API_PDF_FIT_H
 

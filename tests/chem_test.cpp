@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
 
-#include <algorithm>
+#include <array>
+#include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/chem/mol.h"
@@ -14,7 +16,6 @@ namespace QVChem {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 QVGraphMol Parse(const std::string& smiles, const QVMolParseOptions& options = {}) {
   QVGraphMol mol;
@@ -170,6 +171,26 @@ TEST(MCMol, ConformersShareOneConnectionTable) {
   const QVMCMol single{static_cast<const QVMolBase&>(first)};
   EXPECT_EQ(single.GetNumConformers(), 1u);
   EXPECT_EQ(single.GetSDData("energy"), "1");
+}
+
+TEST(Mol, ReadingAndParsingRunInParallel) {
+  const QVGraphMol shared = Parse("C[C@@H](N)C(=O)Oc1ccc(Cl)cc1");
+  const std::string expected = QVCreateSmiles(shared);
+  std::array<std::string, 4> results;
+  std::vector<std::thread> threads;
+  for (std::string& result : results)
+    threads.emplace_back([&] {
+      for (int i = 0; i < 50; ++i) {
+        const QVGraphMol copy(shared);
+        unsigned int hydrogens = 0;
+        for (const QVAtomBase& atom : copy.GetAtoms()) hydrogens += atom.GetNumHydrogens();
+        QVGraphMol parsed;
+        QVParseSmiles(parsed, expected);
+        result = QVCreateSmiles(i % 2 == 0 ? parsed : shared) + std::to_string(hydrogens);
+      }
+    });
+  for (std::thread& thread : threads) thread.join();
+  for (const std::string& result : results) EXPECT_EQ(result, expected + "10");
 }
 
 // Weights from the standard atomic weights of IUPAC (abridged, 2021).

@@ -2,8 +2,8 @@
 
 #include <GraphMol/MolOps.h>
 #include <GraphMol/RingInfo.h>
+#include <RDGeneral/Invariant.h>
 
-#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -41,10 +41,14 @@ bool SameBond(const RDKit::Bond& a, const RDKit::Bond& b) {
          a.getStereoAtoms() == b.getStereoAtoms();
 }
 
-/// An exception text may have several lines; a message has one.
+/// A message has one line and no bytes that a terminal would act upon; an exception text may.
 std::string OneLine(std::string text) {
   while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) text.pop_back();
-  std::replace(text.begin(), text.end(), '\n', ' ');
+  for (char& c : text)
+    if (c == '\n')
+      c = ' ';
+    else if (c < ' ' || c > '~')
+      c = '?';
   return text;
 }
 
@@ -109,6 +113,9 @@ void ShareConnectionTable(QVMolBase& mol, const QVMolBase& other) {
 std::string GetTextOfCurrentException() {
   try {
     throw;
+  } catch (const Invar::Invariant& failure) {
+    // A check inside the library failed: its text is an expression of the library's own.
+    return "the connection table contradicts itself (" + OneLine(failure.what()) + ")";
   } catch (const std::exception& failure) {
     return OneLine(failure.what());
   } catch (...) {

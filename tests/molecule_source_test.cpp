@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -180,6 +181,50 @@ TEST(MoleculeSource, ATruncatedGzipFailsAfterWhatCameBefore) {
     EXPECT_GT(count, 1000u);
     EXPECT_LT(count, 20000u);
   }
+}
+
+struct Totals {
+  std::size_t molecules = 0;
+  std::size_t values = 0;
+  std::size_t atoms = 0;
+  double sum = 0.0;
+  std::size_t unused = 0;
+};
+
+Totals Total(const std::string& path, const MoleculeSourceOptions& options) {
+  MoleculeSource source(path, options);
+  Totals totals;
+  for (MoleculeRecord record; source.Next(record);) {
+    EXPECT_EQ(record.error, "") << source.Locate(record);
+    ++totals.molecules;
+    totals.values += record.value ? 1 : 0;
+    totals.atoms += record.mol.GetNumAtoms();
+    totals.sum += record.value.value_or(0.0);
+  }
+  totals.unused = source.GetNumUnusedValues();
+  return totals;
+}
+
+// Counts and sums were taken from the files by text tools, atoms by the chemistry library itself.
+TEST(MoleculeSource, MeasuredSetsAreReadWhole) {
+  const std::string root = QVSTATS_RDKIT_DATA;
+  const std::string smiles = root + "/Contrib/FreeWilson/data/CHEMBL2321810";
+  const std::string sdf = root + "/Projects/DbCLI/testData/bzr.sdf";
+  if (!std::filesystem::exists(smiles + ".smi") || !std::filesystem::exists(sdf))
+    GTEST_SKIP() << "no measured sets in " << root;
+  MoleculeSourceOptions options = Value("Act");
+  options.valuesFile = smiles + "_act.csv";
+  const Totals activities = Total(smiles + ".smi", options);
+  EXPECT_EQ(activities.molecules, 1017u);
+  EXPECT_EQ(activities.values, 1017u);
+  EXPECT_EQ(activities.unused, 0u);
+  EXPECT_EQ(activities.atoms, 33226u);
+  EXPECT_NEAR(activities.sum, 6662.29, 1e-6);
+  const Totals receptor = Total(sdf, Value("ACTIVITY"));
+  EXPECT_EQ(receptor.molecules, 163u);
+  EXPECT_EQ(receptor.values, 163u);
+  EXPECT_EQ(receptor.atoms, 3649u);
+  EXPECT_NEAR(receptor.sum, 1222.15, 1e-6);
 }
 
 }  // namespace

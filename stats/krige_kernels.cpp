@@ -45,6 +45,18 @@ auto Exponent(const QVKrigeReverseGaussianKernel& k) {
   };
 }
 
+// For arrays the exponents are taken by one product, which differs by rounding.
+
+auto ArrayExponent(const QVKrigeExponentialKernel& k) {
+  return [factor = -kLog10 / k.GetRange()](double h) { return factor * h; };
+}
+
+auto ArrayExponent(const QVKrigeGaussianKernel& k) {
+  return [factor = -kLog10 / (k.GetRange() * k.GetRange())](double h) { return factor * (h * h); };
+}
+
+auto ArrayExponent(const QVKrigeReverseGaussianKernel& k) { return Exponent(k); }
+
 /// Of the exponential and the Gaussian kernel.
 auto ValueOfExponential(const QVKrigeKernelImpl& k) {
   return [s = k.GetSill(), n = k.GetNugget()](double, double e) { return n + (s - n) * (1.0 - e); };
@@ -56,9 +68,15 @@ auto ValueOfExponential(const QVKrigeReverseGaussianKernel& k) {
 }
 
 template <class Kernel>
-double GetExponentialValue(const Kernel& kernel, double h) {
-  return ValueOfExponential(kernel)(h, std::exp(Exponent(kernel)(h)));
+auto ExponentialShape(const Kernel& k) {
+  return [exponent = Exponent(k), value = ValueOfExponential(k)](double h) {
+    return value(h, std::exp(exponent(h)));
+  };
 }
+
+auto Shape(const QVKrigeExponentialKernel& k) { return ExponentialShape(k); }
+auto Shape(const QVKrigeGaussianKernel& k) { return ExponentialShape(k); }
+auto Shape(const QVKrigeReverseGaussianKernel& k) { return ExponentialShape(k); }
 
 auto Shape(const QVKrigeSphericalKernel& k) {
   const double a = k.GetRange();
@@ -91,6 +109,9 @@ auto PowerOf(double p) {
   return [p](double x) { return std::pow(x, p); };
 }
 
+auto Shape(const QVKrigeStudentTKernel& k) { return Shape(k, PowerOf(k.GetExponent())); }
+auto Shape(const QVKrigePowerKernel& k) { return Shape(k, PowerOf(k.GetExponent())); }
+
 /// Calls `use` with x -> x^p where roots and products suffice for it.
 /// \return whether they do.
 template <class Use>
@@ -114,25 +135,11 @@ bool WithSimplePower(double p, Use use) {
   return true;
 }
 
-/// A derived class may override what the loops below would bypass.
-template <class Kernel>
-bool IsExactly(const QVKrigeKernelBase& kernel) {
-  return typeid(kernel) == typeid(Kernel);
-}
-
 template <class Shape>
-void FillCovariances(double sill, Shape shape, const double* distances, double* covariances,
-                     std::size_t count) {
+void FillByShape(double sill, Shape shape, const double* distances, double* covariances,
+                 std::size_t count) {
   for (std::size_t i = 0; i < count; ++i)
     covariances[i] = QVGetKrigeCovariance(sill, shape(distances[i]));
-}
-
-template <class Kernel>
-void FillCovariances(const Kernel& kernel, const double* distances, double* covariances,
-                     std::size_t count) {
-  if (!IsExactly<Kernel>(kernel))
-    return kernel.QVKrigeKernelBase::GetCovariances(distances, covariances, count);
-  FillCovariances(kernel.GetSill(), Shape(kernel), distances, covariances, count);
 }
 
 /// Distances that are worked on together, small enough to stay in the fastest cache.
@@ -155,12 +162,10 @@ void FillByBlocks(double sill, Transform transform, Value value, const double* d
 }
 
 template <class Kernel>
-void FillExponentialCovariances(const Kernel& kernel, const double* distances, double* covariances,
-                                std::size_t count) {
-  if (!IsExactly<Kernel>(kernel))
-    return kernel.QVKrigeKernelBase::GetCovariances(distances, covariances, count);
-  const auto transform = [exponent = Exponent(kernel)](const double* h, double* work,
-                                                       std::size_t size) {
+void FillByExponentials(const Kernel& kernel, const double* distances, double* covariances,
+                        std::size_t count) {
+  const auto transform = [exponent = ArrayExponent(kernel)](const double* h, double* work,
+                                                            std::size_t size) {
     for (std::size_t i = 0; i < size; ++i) work[i] = exponent(h[i]);
     QVMath::QVGetDenseKernels().exp(size, work, work);
   };
@@ -168,24 +173,49 @@ void FillExponentialCovariances(const Kernel& kernel, const double* distances, d
                count);
 }
 
-void FillStudentTCovariances(const QVKrigeStudentTKernel& kernel, const double* distances,
-                             double* covariances, std::size_t count) {
-  const auto fill = [&](auto power) {
-    FillCovariances(kernel.GetSill(), Shape(kernel, power), distances, covariances, count);
-  };
-  if (!IsExactly<QVKrigeStudentTKernel>(kernel) || !WithSimplePower(kernel.GetExponent(), fill))
-    kernel.QVKrigeKernelBase::GetCovariances(distances, covariances, count);
+// The covariances of an array, by class.
+
+template <class Kernel>
+void Fill(const Kernel& kernel, const double* distances, double* covariances, std::size_t count) {
+  FillByShape(kernel.GetSill(), Shape(kernel), distances, covariances, count);
 }
 
-void FillPowerCovariances(const QVKrigePowerKernel& kernel, const double* distances,
-                          double* covariances, std::size_t count) {
+void Fill(const QVKrigeExponentialKernel& kernel, const double* distances, double* covariances,
+          std::size_t count) {
+  FillByExponentials(kernel, distances, covariances, count);
+}
+
+void Fill(const QVKrigeGaussianKernel& kernel, const double* distances, double* covariances,
+          std::size_t count) {
+  FillByExponentials(kernel, distances, covariances, count);
+}
+
+void Fill(const QVKrigeReverseGaussianKernel& kernel, const double* distances, double* covariances,
+          std::size_t count) {
+  FillByExponentials(kernel, distances, covariances, count);
+}
+
+/// \return false, with nothing done, when the kernel's power needs more than roots and products.
+template <class Kernel>
+bool FillBySimplePower(const Kernel& kernel, const double* distances, double* covariances,
+                       std::size_t count) {
+  return WithSimplePower(kernel.GetExponent(), [&](auto power) {
+    FillByShape(kernel.GetSill(), Shape(kernel, power), distances, covariances, count);
+  });
+}
+
+void Fill(const QVKrigeStudentTKernel& kernel, const double* distances, double* covariances,
+          std::size_t count) {
+  if (FillBySimplePower(kernel, distances, covariances, count)) return;
+  FillByShape(kernel.GetSill(), Shape(kernel), distances, covariances, count);
+}
+
+void Fill(const QVKrigePowerKernel& kernel, const double* distances, double* covariances,
+          std::size_t count) {
+  if (FillBySimplePower(kernel, distances, covariances, count)) return;
   const double p = kernel.GetExponent();
-  if (!IsExactly<QVKrigePowerKernel>(kernel) || !(p > 0.0))
-    return kernel.QVKrigeKernelBase::GetCovariances(distances, covariances, count);
-  const auto fill = [&](auto power) {
-    FillCovariances(kernel.GetSill(), Shape(kernel, power), distances, covariances, count);
-  };
-  if (WithSimplePower(p, fill)) return;
+  if (!(p > 0.0))
+    return FillByShape(kernel.GetSill(), Shape(kernel), distances, covariances, count);
   // Up to the range, where x = h/a <= 1, exp(p log x) is right to an ulp of 1.
   const double a = kernel.GetRange();
   const auto transform = [p, a](const double* h, double* work, std::size_t size) {
@@ -253,72 +283,33 @@ std::string QVKrigeReverseGaussianKernel::GetName() const {
   return QVSystem::QVFormat("Reverse Gaussian(%5.3f)", p_);
 }
 
-double QVKrigeLinearKernel::GetValue(double h) const { return Shape(*this)(h); }
-double QVKrigeExponentialKernel::GetValue(double h) const { return GetExponentialValue(*this, h); }
-double QVKrigeGaussianKernel::GetValue(double h) const { return GetExponentialValue(*this, h); }
-double QVKrigeSphericalKernel::GetValue(double h) const { return Shape(*this)(h); }
-double QVKrigeCauchyKernel::GetValue(double h) const { return Shape(*this)(h); }
-double QVKrigeStudentTKernel::GetValue(double h) const { return Shape(*this, PowerOf(p_))(h); }
-double QVKrigePowerKernel::GetValue(double h) const { return Shape(*this, PowerOf(p_))(h); }
-double QVKrigeReverseGaussianKernel::GetValue(double h) const {
-  return GetExponentialValue(*this, h);
+template <class Kernel>
+double QVKrigeKernelFamily<Kernel>::GetValue(double h) const {
+  return Shape(static_cast<const Kernel&>(*this))(h);
 }
 
-QVKrigeLinearKernel* QVKrigeLinearKernel::CreateCopy() const {
-  return new QVKrigeLinearKernel(*this);
-}
-QVKrigeExponentialKernel* QVKrigeExponentialKernel::CreateCopy() const {
-  return new QVKrigeExponentialKernel(*this);
-}
-QVKrigeGaussianKernel* QVKrigeGaussianKernel::CreateCopy() const {
-  return new QVKrigeGaussianKernel(*this);
-}
-QVKrigeSphericalKernel* QVKrigeSphericalKernel::CreateCopy() const {
-  return new QVKrigeSphericalKernel(*this);
-}
-QVKrigeCauchyKernel* QVKrigeCauchyKernel::CreateCopy() const {
-  return new QVKrigeCauchyKernel(*this);
-}
-QVKrigeStudentTKernel* QVKrigeStudentTKernel::CreateCopy() const {
-  return new QVKrigeStudentTKernel(*this);
-}
-QVKrigePowerKernel* QVKrigePowerKernel::CreateCopy() const { return new QVKrigePowerKernel(*this); }
-QVKrigeReverseGaussianKernel* QVKrigeReverseGaussianKernel::CreateCopy() const {
-  return new QVKrigeReverseGaussianKernel(*this);
+template <class Kernel>
+QVKrigeKernelBase* QVKrigeKernelFamily<Kernel>::CreateCopy() const {
+  return new Kernel(static_cast<const Kernel&>(*this));
 }
 
-void QVKrigeLinearKernel::GetCovariances(const double* distances, double* covariances,
-                                         std::size_t count) const {
-  FillCovariances(*this, distances, covariances, count);
+template <class Kernel>
+void QVKrigeKernelFamily<Kernel>::GetCovariances(const double* distances, double* covariances,
+                                                 std::size_t count) const {
+  // A derived class may have another GetValue.
+  if (typeid(*this) != typeid(Kernel))
+    return QVKrigeKernelBase::GetCovariances(distances, covariances, count);
+  Fill(static_cast<const Kernel&>(*this), distances, covariances, count);
 }
-void QVKrigeExponentialKernel::GetCovariances(const double* distances, double* covariances,
-                                              std::size_t count) const {
-  FillExponentialCovariances(*this, distances, covariances, count);
-}
-void QVKrigeGaussianKernel::GetCovariances(const double* distances, double* covariances,
-                                           std::size_t count) const {
-  FillExponentialCovariances(*this, distances, covariances, count);
-}
-void QVKrigeSphericalKernel::GetCovariances(const double* distances, double* covariances,
-                                            std::size_t count) const {
-  FillCovariances(*this, distances, covariances, count);
-}
-void QVKrigeCauchyKernel::GetCovariances(const double* distances, double* covariances,
-                                         std::size_t count) const {
-  FillCovariances(*this, distances, covariances, count);
-}
-void QVKrigeStudentTKernel::GetCovariances(const double* distances, double* covariances,
-                                           std::size_t count) const {
-  FillStudentTCovariances(*this, distances, covariances, count);
-}
-void QVKrigePowerKernel::GetCovariances(const double* distances, double* covariances,
-                                        std::size_t count) const {
-  FillPowerCovariances(*this, distances, covariances, count);
-}
-void QVKrigeReverseGaussianKernel::GetCovariances(const double* distances, double* covariances,
-                                                  std::size_t count) const {
-  FillExponentialCovariances(*this, distances, covariances, count);
-}
+
+template class QVKrigeKernelFamily<QVKrigeLinearKernel>;
+template class QVKrigeKernelFamily<QVKrigeExponentialKernel>;
+template class QVKrigeKernelFamily<QVKrigeGaussianKernel>;
+template class QVKrigeKernelFamily<QVKrigeSphericalKernel>;
+template class QVKrigeKernelFamily<QVKrigeCauchyKernel>;
+template class QVKrigeKernelFamily<QVKrigeStudentTKernel>;
+template class QVKrigeKernelFamily<QVKrigePowerKernel>;
+template class QVKrigeKernelFamily<QVKrigeReverseGaussianKernel>;
 
 QVKrigeKernel::QVKrigeKernel(unsigned int type) : kernel_(CreateKernel(type)) {}
 QVKrigeKernel::QVKrigeKernel(const QVKrigeKernelBase& kernel) : kernel_(kernel.CreateCopy()) {}
@@ -334,7 +325,7 @@ void QVKrigeKernel::SetSill(double sill) { kernel_->SetSill(sill); }
 QVKrigeKernelBase* QVKrigeKernel::CreateCopy() const { return kernel_->CreateCopy(); }
 void QVKrigeKernel::GetCovariances(const double* distances, double* covariances,
                                    std::size_t count) const {
-  if (!IsExactly<QVKrigeKernel>(*this))
+  if (typeid(*this) != typeid(QVKrigeKernel))
     return QVKrigeKernelBase::GetCovariances(distances, covariances, count);
   kernel_->GetCovariances(distances, covariances, count);
 }

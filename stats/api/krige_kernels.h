@@ -79,69 +79,56 @@ class QVSTATS_EXPORT QVKrigeKernelImpl : public QVKrigeKernelBase {
   double nugget_ = 0.0;
 };
 
-// The family. a is the range, s the sill, n the nugget, D = s - n; L = ln 10; K is the double next
-// above 9, so that the unbounded kernels reach 90 % of D at h = a. Every value is computed from the
-// virtual getters, so a derived class may replace one.
-
-/// n + D h/a up to a, then s.
-class QVSTATS_EXPORT QVKrigeLinearKernel : public QVKrigeKernelImpl {
+/// What every kernel of the library below does alike; `Kernel` is the class itself. The value is
+/// computed from the virtual getters, so a derived class may replace one.
+template <class Kernel>
+class QVSTATS_EXPORT QVKrigeKernelFamily : public QVKrigeKernelImpl {
  public:
-  std::string GetName() const override;
   double GetValue(double h) const override;
-  QVKrigeLinearKernel* CreateCopy() const override;
+  QVKrigeKernelBase* CreateCopy() const override;
   void GetCovariances(const double* distances, double* covariances,
                       std::size_t count) const override;
+};
+
+// The family. a is the range, s the sill, n the nugget, D = s - n; L = ln 10; K is the double next
+// above 9, so that the unbounded kernels reach 90 % of D at h = a.
+
+/// n + D h/a up to a, then s.
+class QVSTATS_EXPORT QVKrigeLinearKernel : public QVKrigeKernelFamily<QVKrigeLinearKernel> {
+ public:
+  std::string GetName() const override;
 };
 
 /// n + D (1 - exp(-L h/a)).
-class QVSTATS_EXPORT QVKrigeExponentialKernel : public QVKrigeKernelImpl {
+class QVSTATS_EXPORT QVKrigeExponentialKernel
+    : public QVKrigeKernelFamily<QVKrigeExponentialKernel> {
  public:
   std::string GetName() const override;
-  double GetValue(double h) const override;
-  QVKrigeExponentialKernel* CreateCopy() const override;
-  void GetCovariances(const double* distances, double* covariances,
-                      std::size_t count) const override;
 };
 
 /// n + D (1 - exp(-L h^2/a^2)).
-class QVSTATS_EXPORT QVKrigeGaussianKernel : public QVKrigeKernelImpl {
+class QVSTATS_EXPORT QVKrigeGaussianKernel : public QVKrigeKernelFamily<QVKrigeGaussianKernel> {
  public:
   std::string GetName() const override;
-  double GetValue(double h) const override;
-  QVKrigeGaussianKernel* CreateCopy() const override;
-  void GetCovariances(const double* distances, double* covariances,
-                      std::size_t count) const override;
 };
 
 /// n + D (1.5 h/a - 0.5 h^3/a^3) up to a, then s.
-class QVSTATS_EXPORT QVKrigeSphericalKernel : public QVKrigeKernelImpl {
+class QVSTATS_EXPORT QVKrigeSphericalKernel : public QVKrigeKernelFamily<QVKrigeSphericalKernel> {
  public:
   std::string GetName() const override;
-  double GetValue(double h) const override;
-  QVKrigeSphericalKernel* CreateCopy() const override;
-  void GetCovariances(const double* distances, double* covariances,
-                      std::size_t count) const override;
 };
 
 /// n + D (1 - 1/(1 + K h^2/a^2)).
-class QVSTATS_EXPORT QVKrigeCauchyKernel : public QVKrigeKernelImpl {
+class QVSTATS_EXPORT QVKrigeCauchyKernel : public QVKrigeKernelFamily<QVKrigeCauchyKernel> {
  public:
   std::string GetName() const override;
-  double GetValue(double h) const override;
-  QVKrigeCauchyKernel* CreateCopy() const override;
-  void GetCovariances(const double* distances, double* covariances,
-                      std::size_t count) const override;
 };
 
 /// n + D (1 - 1/(1 + K (h/a)^p)).
-class QVSTATS_EXPORT QVKrigeStudentTKernel : public QVKrigeKernelImpl {
+class QVSTATS_EXPORT QVKrigeStudentTKernel : public QVKrigeKernelFamily<QVKrigeStudentTKernel> {
  public:
   explicit QVKrigeStudentTKernel(double p) : p_(p) {}
   std::string GetName() const override;
-  double GetValue(double h) const override;
-  QVKrigeStudentTKernel* CreateCopy() const override;
-  void GetCovariances(const double* distances, double* covariances,
-                      std::size_t count) const override;
   /// p.
   double GetExponent() const { return p_; }
 
@@ -150,14 +137,10 @@ class QVSTATS_EXPORT QVKrigeStudentTKernel : public QVKrigeKernelImpl {
 };
 
 /// n + D (h/a)^p up to a, then s.
-class QVSTATS_EXPORT QVKrigePowerKernel : public QVKrigeKernelImpl {
+class QVSTATS_EXPORT QVKrigePowerKernel : public QVKrigeKernelFamily<QVKrigePowerKernel> {
  public:
   explicit QVKrigePowerKernel(double p) : p_(p) {}
   std::string GetName() const override;
-  double GetValue(double h) const override;
-  QVKrigePowerKernel* CreateCopy() const override;
-  void GetCovariances(const double* distances, double* covariances,
-                      std::size_t count) const override;
   /// p.
   double GetExponent() const { return p_; }
 
@@ -166,14 +149,11 @@ class QVSTATS_EXPORT QVKrigePowerKernel : public QVKrigeKernelImpl {
 };
 
 /// n + D (exp(-p (1 - h/a)^2) - c)/(1 - c) up to a, then s; c = exp(-p).
-class QVSTATS_EXPORT QVKrigeReverseGaussianKernel : public QVKrigeKernelImpl {
+class QVSTATS_EXPORT QVKrigeReverseGaussianKernel
+    : public QVKrigeKernelFamily<QVKrigeReverseGaussianKernel> {
  public:
   explicit QVKrigeReverseGaussianKernel(double p) : p_(p), c_(std::exp(-p)) {}
   std::string GetName() const override;
-  double GetValue(double h) const override;
-  QVKrigeReverseGaussianKernel* CreateCopy() const override;
-  void GetCovariances(const double* distances, double* covariances,
-                      std::size_t count) const override;
   /// p.
   double GetExponent() const { return p_; }
   /// c.

@@ -20,6 +20,11 @@ constexpr double kTolX = 1e-08, kTolY = QVLaws::kFineTolerance;
 
 std::string Where(const char* name) { return std::string("QVUniVarMixtureImpl::") + name; }
 
+/// Adds a query's name to the chain of a failed result.
+bool FailedIn(const char* name, QVStatModelResult& result) {
+  return result.NotSuccessful() && QVFailedIn(result, Where(name).c_str());
+}
+
 /// A value that is to be a count, rounded; 0 when it cannot be one.
 std::size_t ToCount(double value) {
   constexpr double kLargest = 9007199254740992.0;  // 2^53
@@ -113,7 +118,7 @@ double QVUniVarMixtureImpl::Sum(const char* name, QVPDFFunction function, double
   double sum = 0.0;
   for (std::size_t k = 0; k < components_.size(); ++k) {
     sum += probabilities_[k] * components_[k].GetImpl()->GetValue(function, x, result, check);
-    if (QVFailedIn(result, Where(name).c_str())) return BadDouble;
+    if (FailedIn(name, result)) return BadDouble;
   }
   result = true;
   return sum;
@@ -148,12 +153,29 @@ double QVUniVarMixtureImpl::GetSurvival(double x, QVStatModelResult& result, boo
   return Sum("GetSurvival", QVPDFFunction::Survival, x, result, check);
 }
 
+void QVUniVarMixtureImpl::GetValues(QVPDFFunction function, const std::vector<double>& arguments,
+                                    std::vector<double>& values, QVStatModelResult& result,
+                                    bool check) const {
+  const bool isSum = function == QVPDFFunction::Density || function == QVPDFFunction::CDF ||
+                     function == QVPDFFunction::Survival;
+  std::vector<double> own;
+  values.assign(arguments.size(), 0.0);
+  result = true;
+  for (std::size_t k = 0; k < components_.size() && isSum && result.IsSuccessful(); ++k) {
+    components_[k].GetValues(function, arguments, own, result, check);
+    for (std::size_t i = 0; i < own.size(); ++i) values[i] += probabilities_[k] * own[i];
+  }
+  if (isSum && Valid() && result.IsSuccessful()) return;
+  // One by one, for the other functions and for the first failure.
+  QVUniVarPDFImpl::GetValues(function, arguments, values, result, check);
+}
+
 double QVUniVarMixtureImpl::GetLogDensity(double x, QVStatModelResult& result, bool check) const {
   if (!Valid()) return Refuse("GetLogDensity", result);
   std::vector<double> logs(components_.size());
   for (std::size_t k = 0; k < components_.size(); ++k) {
     logs[k] = std::log(probabilities_[k]) + components_[k].GetLogDensity(x, result, check);
-    if (QVFailedIn(result, Where("GetLogDensity").c_str())) return BadDouble;
+    if (FailedIn("GetLogDensity", result)) return BadDouble;
   }
   result = true;
   const double largest = *std::max_element(logs.begin(), logs.end());
@@ -168,7 +190,7 @@ double QVUniVarMixtureImpl::GetMean(QVStatModelResult& result) const {
   double mean = 0.0;
   for (std::size_t k = 0; k < components_.size(); ++k) {
     mean += probabilities_[k] * components_[k].GetMean(result);
-    if (QVFailedIn(result, Where("GetMean").c_str())) return BadDouble;
+    if (FailedIn("GetMean", result)) return BadDouble;
   }
   return mean;
 }
@@ -176,13 +198,13 @@ double QVUniVarMixtureImpl::GetMean(QVStatModelResult& result) const {
 double QVUniVarMixtureImpl::GetVariance(QVStatModelResult& result) const {
   const double mean = GetMean(result);
   if (!Valid()) return Refuse("GetVariance", result);
-  if (QVFailedIn(result, Where("GetVariance").c_str())) return BadDouble;
+  if (FailedIn("GetVariance", result)) return BadDouble;
   // Sum of w (variance + component mean^2) - mean^2, about the mean, where no digits cancel.
   double variance = 0.0;
   for (std::size_t k = 0; k < components_.size(); ++k) {
     const double distance = components_[k].GetMean(result) - mean;
     const double own = components_[k].GetVariance(result);
-    if (QVFailedIn(result, Where("GetVariance").c_str())) return BadDouble;
+    if (FailedIn("GetVariance", result)) return BadDouble;
     variance += probabilities_[k] * (own + distance * distance);
   }
   return variance;
@@ -193,15 +215,15 @@ double QVUniVarMixtureImpl::GetMode(QVStatModelResult& result) const {
   constexpr double kTail = 0.01;
   constexpr int kNumSteps = 100;
   const double lower = GetPercentile(kTail, result);
-  if (QVFailedIn(result, Where("GetMode").c_str())) return BadDouble;
+  if (FailedIn("GetMode", result)) return BadDouble;
   const double upper = GetPercentile(1.0 - kTail, result);
-  if (QVFailedIn(result, Where("GetMode").c_str())) return BadDouble;
+  if (FailedIn("GetMode", result)) return BadDouble;
   const double step = 0.01 * (upper - lower);
   double mode = BadDouble, highest = 0.0;
   for (int i = 0; i <= kNumSteps; ++i) {
     const double x = lower + i * step;
     const double density = SumWithin(QVPDFFunction::Density, x, result);
-    if (QVFailedIn(result, Where("GetMode").c_str())) return BadDouble;
+    if (FailedIn("GetMode", result)) return BadDouble;
     if (density > highest) {
       highest = density;
       mode = x;
@@ -221,9 +243,9 @@ double QVUniVarMixtureImpl::Invert(const char* name, bool upperTail, double p,
   QVBracket bracket{BadDouble, -BadDouble};
   for (const QVUniVarPDF& component : components_) {
     const double near = component.GetImpl()->GetValue(invert, p / 2, result, true);
-    if (QVFailedIn(result, Where(name).c_str())) return BadDouble;
+    if (FailedIn(name, result)) return BadDouble;
     const double far = component.GetImpl()->GetValue(invert, p + (1.0 - p) / 2, result, true);
-    if (QVFailedIn(result, Where(name).c_str())) return BadDouble;
+    if (FailedIn(name, result)) return BadDouble;
     bracket.lower = std::min(bracket.lower, upperTail ? far : near);
     bracket.upper = std::max(bracket.upper, upperTail ? near : far);
   }
@@ -239,7 +261,7 @@ double QVUniVarMixtureImpl::Invert(const char* name, bool upperTail, double p,
       return outcome.IsSuccessful();
     };
   });
-  QVFailedIn(result, Where(name).c_str());
+  FailedIn(name, result);
   return x;
 }
 
@@ -260,7 +282,7 @@ double QVUniVarMixtureImpl::GetRandomOutcome(QVStatModelResult& result,
     sum += probabilities_[k];
     if (!(sum > u)) continue;
     const double outcome = components_[k].GetRandomOutcome(result, engine);
-    return QVFailedIn(result, Where("GetRandomOutcome").c_str()) ? BadDouble : outcome;
+    return FailedIn("GetRandomOutcome", result) ? BadDouble : outcome;
   }
   result =
       QVFailure(QVStatModelFailureType::InternalLogicFailure, Where("GetRandomOutcome").c_str())

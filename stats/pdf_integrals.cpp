@@ -17,41 +17,19 @@ namespace {
 // Above these parameters log Gamma is so large that its rounding shows in the power.
 constexpr double kLargeBetaParams = 40.0;
 constexpr double kLargeGammaParam = 40.0;
-// A series that needs more terms than this is left to the general routine.
-constexpr int kMaxTerms = 120;
-constexpr double kNegligible = 0x1p-55;
+constexpr double kNegligible = 0x1p-56;
 
-/// The sum 1 + r_0 + r_0 r_1 + r_0 r_1 r_2 + ... of a series of positive terms, given the ratio of
-/// each term to the one before it. Four terms are taken at a time, so that their divisions overlap.
-/// `lastRatio(r)` is at least every ratio that follows a ratio r.
-/// \return whether the sum was complete to rounding after `maxTerms` terms.
-template <class Ratio, class LastRatio>
-bool SumSeries(Ratio ratioAt, LastRatio lastRatio, int maxTerms, double& total) {
-  double term = 1.0;
-  total = 1.0;
-  for (int k = 0; k < maxTerms; k += 4) {
-    double ratio[4];
-    for (int i = 0; i < 4; ++i) ratio[i] = ratioAt(k + i);
-    const double two = ratio[0] * ratio[1], four = two * (ratio[2] * ratio[3]);
-    total += term * ((ratio[0] + two) + (two * ratio[2] + four));
-    term *= four;
-    if (term < kNegligible * total * (1.0 - lastRatio(ratio[3]))) return true;
+/// The sum with which I_x(a, b) = x^a (1 - x)^b / (a B(a, b)) times it, for x at which the kept
+/// terms of the series do not suffice.
+double SumLongBetaSeries(double a, double b, double x, int maxTerms) {
+  double term = 1.0, total = 1.0;
+  for (int k = 0; k < maxTerms; ++k) {
+    const double ratio = x * (a + b + k) / (a + 1.0 + k);
+    term *= ratio;
+    total += term;
+    if (term < kNegligible * total * (1.0 - std::max(ratio, x))) break;
   }
-  return false;
-}
-
-/// The sum with which I_x(a, b) = x^a (1 - x)^b / (a B(a, b)) times it, given a and a + b.
-/// Source: Abramowitz and Stegun, 26.5.4.
-bool SumBetaSeries(double a, double sum, double x, int maxTerms, double& total) {
-  return SumSeries([=](int k) { return x * (sum + k) / (a + 1.0 + k); },
-                   [=](double ratio) { return std::max(ratio, x); }, maxTerms, total);
-}
-
-/// The sum with which P(a, y) = y^a exp(-y) / Gamma(a + 1) times it.
-/// Source: Abramowitz and Stegun, 6.5.29.
-bool SumGammaSeries(double a, double y, double& total) {
-  return SumSeries([=](int k) { return y / (a + 1.0 + k); }, [](double ratio) { return ratio; },
-                   kMaxTerms, total);
+  return total;
 }
 
 /// The continued fraction K of Q(a, y) = y^a exp(-y) / Gamma(a) times K, for y > a + 1, by the
@@ -78,18 +56,36 @@ constexpr double kSmallestShare = 1e-290;
 
 /// log I_x(a, b) for an I that underflows.
 double LogLowerTail(double a, double b, double logBeta, double x, double y) {
-  double total;
-  SumBetaSeries(a, a + b, x, 100000, total);
+  const double total = SumLongBetaSeries(a, b, x, 100000);
   return a * std::log(x) + b * std::log(y) - logBeta - std::log(a) + std::log(total);
 }
 
 }  // namespace
+
+bool PositiveSeries::Sum(double x, double& total) const {
+  const double square = x * x, fourth = square * square;
+  const double* c = coefficients_.data();
+  double power = 1.0, before = 0.0;
+  total = 0.0;
+  for (std::size_t k = 0; k < kSize; k += 4, c += 4) {
+    const double part = power * ((c[0] + c[1] * x) + square * (c[2] + c[3] * x));
+    total += part;
+    // Once four terms are less than 3/4 of the four before them, what is left is at most 3 parts.
+    if (part < kNegligible * total && part < 0.75 * before) return true;
+    before = part;
+    power *= fourth;
+  }
+  return false;
+}
 
 void BetaIntegral::SetParams(double a, double b) {
   a_ = a;
   b_ = b;
   logBeta_ = QVMath::QVLogBeta(a, b);
   large_ = a + b > kLargeBetaParams;
+  // Abramowitz and Stegun, 26.5.4: x^a (1 - x)^b / (a B(a, b)) times the series is I_x(a, b).
+  lowerSeries_.SetRatios([=](double k) { return (a + b + k) / (a + 1.0 + k); });
+  upperSeries_.SetRatios([=](double k) { return (a + b + k) / (b + 1.0 + k); });
 }
 
 double BetaIntegral::Lower(double x, double y) const {
@@ -97,13 +93,13 @@ double BetaIntegral::Lower(double x, double y) const {
     const double power = std::exp(a_ * std::log(x) + b_ * std::log(y) - logBeta_);
     constexpr double kShortSeries = 0.62;
     double total;
-    if (x < kShortSeries && SumBetaSeries(a_, a_ + b_, x, kMaxTerms, total))
-      return power * total / a_;
-    if (y < kShortSeries && SumBetaSeries(b_, a_ + b_, y, kMaxTerms, total)) {
+    if (x < kShortSeries && lowerSeries_.Sum(x, total)) return power * total / a_;
+    if (y < kShortSeries && upperSeries_.Sum(y, total)) {
       const double lower = 1.0 - power * total / b_;
       constexpr double kKeepsItsDigits = 0.125;
       if (lower > kKeepsItsDigits) return lower;
-      if (SumBetaSeries(a_, a_ + b_, x, 4 * kMaxTerms, total)) return power * total / a_;
+      constexpr double kLongSeries = 0.9;
+      if (x < kLongSeries) return power * SumLongBetaSeries(a_, b_, x, 1000) / a_;
     }
   }
   if (std::isnan(x)) return x;
@@ -134,13 +130,15 @@ void GammaIntegral::SetParams(double a) {
   a_ = a;
   logGamma_ = QVMath::QVlgamma(a);
   large_ = a > kLargeGammaParam;
+  // Abramowitz and Stegun, 6.5.29: y^a exp(-y) / Gamma(a + 1) times the series is P(a, y).
+  series_.SetRatios([=](double k) { return 1.0 / (a + 1.0 + k); });
 }
 
 double GammaIntegral::Lower(double y) const {
   if (std::isinf(y) && y > 0.0) return 1.0;
   // Beyond this bound the series is long, and the distribution function near 1.
   double total;
-  if (!large_ && y > 0.0 && y < 3.0 * a_ + 20.0 && SumGammaSeries(a_, y, total))
+  if (!large_ && y > 0.0 && y < 3.0 * a_ + 20.0 && series_.Sum(y, total))
     return std::exp(a_ * std::log(y) - y - logGamma_) * total / a_;
   return std::isnan(y) ? y : QVMath::QVIncompleteGamma(a_, y);
 }

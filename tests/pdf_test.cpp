@@ -129,6 +129,27 @@ TEST_P(Families, DrawsFollowTheDistributionFunction) {
   EXPECT_LT(distance * std::sqrt(1e5), 2.7);
 }
 
+TEST_P(Families, BulkCallsVisitEveryArgument) {
+  const QVUniVarPDF pdf = MakePDF(GetParam());
+  const std::vector<double> x = {0.5, -7.0, 0.25, 3.0};
+  for (const auto function : {QVPDFFunction::Density, QVPDFFunction::CDF, QVPDFFunction::Survival,
+                              QVPDFFunction::LogDensity, QVPDFFunction::LogSurvival}) {
+    QVStatModelResult result(true), first(true);
+    std::vector<double> values;
+    pdf.GetValues(function, x, values, result, true);
+    ASSERT_EQ(values.size(), x.size());
+    for (std::size_t i = 0; i < x.size(); ++i) {
+      QVStatModelResult single(true);
+      const double expected = pdf.GetImpl()->GetValue(function, x[i], single, true);
+      if (values[i] != expected) {
+        EXPECT_THAT(values[i], IsCloseTo(expected, 1e-13));
+      }
+      if (single.NotSuccessful() && first.IsSuccessful()) first = single;
+    }
+    EXPECT_EQ(result.GetFailureType(), first.GetFailureType());
+  }
+}
+
 TEST_P(Families, CopiesAreIndependentAndEqual) {
   QVUniVarPDF pdf = MakePDF(GetParam());
   QVStatModelResult result(true);

@@ -156,6 +156,8 @@ class QVSTATS_EXPORT QVUniVarMixtureImpl : public QVUniVarPDFImpl {
   double GetSurvival(double x, QVStatModelResult& result, bool check) const override;
   double GetLogDensity(double x, QVStatModelResult& result, bool check) const override;
   double GetUpperTailPercentile(double q, QVStatModelResult& result) const override;
+  void GetValues(QVPDFFunction function, const std::vector<double>& arguments,
+                 std::vector<double>& values, QVStatModelResult& result, bool check) const override;
 
  private:
   double Refuse(const char* name, QVStatModelResult& result) const;

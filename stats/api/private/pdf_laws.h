@@ -11,6 +11,8 @@
 #ifndef QVSTATS_API_PRIVATE_PDF_LAWS_H
 #define QVSTATS_API_PRIVATE_PDF_LAWS_H
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "platform/math/random.h"
@@ -50,6 +52,24 @@ struct PowerForm {
 
 constexpr double kFineTolerance = 2.220446049250313e-14;
 
+/// A power series with positive terms whose coefficients are kept, c_0 = 1.
+class PositiveSeries {
+ public:
+  /// Takes c_(k+1) / c_k from `ratioAt(k)`.
+  template <class Ratio>
+  void SetRatios(Ratio ratioAt) {
+    coefficients_[0] = 1.0;
+    for (std::size_t k = 1; k < kSize; ++k)
+      coefficients_[k] = coefficients_[k - 1] * ratioAt(static_cast<double>(k - 1));
+  }
+  /// \return whether the sum at x is complete to rounding within the kept terms.
+  bool Sum(double x, double& total) const;
+
+ private:
+  static constexpr std::size_t kSize = 84;  // enough for x = 0.62 where the terms fall like x^k
+  std::array<double, kSize> coefficients_{};
+};
+
 /// The regularised incomplete beta integral of fixed parameters a, b.
 class BetaIntegral {
  public:
@@ -69,6 +89,7 @@ class BetaIntegral {
   double b_ = 1.0;
   double logBeta_ = 0.0;
   bool large_ = false;
+  PositiveSeries lowerSeries_, upperSeries_;
 };
 
 /// The regularised incomplete gamma integral of a fixed parameter a.
@@ -89,6 +110,7 @@ class GammaIntegral {
   double a_ = 1.0;
   double logGamma_ = 0.0;
   bool large_ = false;
+  PositiveSeries series_;
 };
 
 class Gauss {

@@ -33,6 +33,7 @@ struct qvifstream::Impl {
   std::size_t position = 0;
   std::size_t filled = 0;
   std::size_t lineNumber = 0;
+  std::size_t sizeOnDisk = 0;
 
   ~Impl() { Close(); }
 
@@ -47,10 +48,12 @@ struct qvifstream::Impl {
     position = filled = lineNumber = 0;
     if (descriptor < 0) return Fail(ErrnoText());
     struct stat status {};
-    if (fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode)) {
+    const bool known = fstat(descriptor, &status) == 0;
+    if (known && S_ISDIR(status.st_mode)) {
       ::close(descriptor);
       return Fail("is a directory");
     }
+    sizeOnDisk = known && S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size) : 0;
     file = gzdopen(descriptor, "rb");
     if (!file) {
       ::close(descriptor);
@@ -69,11 +72,17 @@ struct qvifstream::Impl {
 
   /// \return false at the end of the file and after an error.
   bool Fill() {
-    if (!file) return false;
-    const int count = gzread(file, buffer.data(), static_cast<unsigned int>(buffer.size()));
     position = 0;
-    filled = count > 0 ? static_cast<std::size_t>(count) : 0;
-    if (filled == buffer.size()) return true;
+    filled = ReadBytes(buffer.data(), buffer.size());
+    return filled > 0;
+  }
+
+  /// \return how many bytes were read.
+  std::size_t ReadBytes(char* bytes, std::size_t size) {
+    if (!file) return 0;
+    const int count = gzread(file, bytes, static_cast<unsigned int>(size));
+    const std::size_t numRead = count > 0 ? static_cast<std::size_t>(count) : 0;
+    if (numRead == size) return numRead;
     int code = Z_OK;
     const char* const text = gzerror(file, &code);
     // A gzip that ends early still delivers the bytes before its end.
@@ -84,7 +93,7 @@ struct qvifstream::Impl {
     else if (code != Z_OK && code != Z_STREAM_END)
       error = path + ": the gzip file is damaged (" + text + ")";
     if (!error.empty()) Close();
-    return filled > 0;
+    return numRead;
   }
 };
 
@@ -141,6 +150,34 @@ bool qvifstream::getline(std::string& line) {
   if (!line.empty() && line.back() == '\r') line.pop_back();
   ++in.lineNumber;
   return true;
+}
+
+std::size_t qvifstream::Read(char* bytes, std::size_t size) {
+  if (!impl_) return 0;
+  Impl& in = *impl_;
+  const std::size_t buffered = std::min(size, in.filled - in.position);
+  std::copy_n(in.buffer.data() + in.position, buffered, bytes);
+  in.position += buffered;
+  std::size_t total = buffered;
+  // zlib counts in int.
+  constexpr std::size_t kMost = std::size_t{1} << 30;
+  while (total < size) {
+    const std::size_t wanted = std::min(size - total, kMost);
+    const std::size_t count = in.ReadBytes(bytes + total, wanted);
+    total += count;
+    if (count < wanted) break;
+  }
+  return total;
+}
+
+bool qvifstream::Rewind() {
+  if (!impl_ || !impl_->file || gzrewind(impl_->file) != 0) return false;
+  impl_->position = impl_->filled = impl_->lineNumber = 0;
+  return true;
+}
+
+std::size_t qvifstream::GetPlainSize() const {
+  return IsOpen() && gzdirect(impl_->file) ? impl_->sizeOnDisk : 0;
 }
 
 std::size_t qvifstream::GetLineNumber() const { return impl_ ? impl_->lineNumber : 0; }

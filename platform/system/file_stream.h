@@ -42,6 +42,15 @@ class QVSYSTEM_EXPORT qvifstream {
   /// \return false at the end and after an error; `line` is then empty.
   bool getline(std::string& line);
 
+  /// Reads up to `size` bytes as they are, after what getline() has delivered; for programs that
+  /// find the lines themselves. Lines read this way are not counted.
+  /// \return how many were read, fewer than asked for only at the end or after an error.
+  std::size_t Read(char* bytes, std::size_t size);
+  /// Goes back to the first byte. \return false when the input cannot be read again (a pipe).
+  bool Rewind();
+  /// The size of a plain file in bytes; 0 when it is not known, and for gzip.
+  std::size_t GetPlainSize() const;
+
   /// The number of the line read last, from 1; 0 before the first.
   std::size_t GetLineNumber() const;
   bool HasError() const;

@@ -59,7 +59,7 @@ void QVDataTableFileStatus::GoToStartOfFile() {
   state_ = QVDataTableFileState::AtStartOfFile;
 }
 
-bool QVDataTableFileStatus::Fill() {
+void QVDataTableFileStatus::Fill() {
   if (line_.data() != lastLine_.data()) lastLine_.assign(line_);
   line_ = lastLine_;
   const std::size_t kept = filled_ - next_;
@@ -75,7 +75,6 @@ bool QVDataTableFileStatus::Fill() {
   filled_ = kept + count;
   buffer_[filled_] = '\n';
   ended_ = count < room;
-  return count > 0;
 }
 
 bool QVDataTableFileStatus::GetNextLine() {
@@ -83,18 +82,18 @@ bool QVDataTableFileStatus::GetNextLine() {
     held_ = false;
     return true;
   }
-  const char* end = nullptr;
-  for (;;) {
-    const char* const start = buffer_.data() + next_;
-    if (next_ < filled_) end = static_cast<const char*>(std::memchr(start, '\n', filled_ - next_));
-    if (end) break;
-    if (!ended_) {
-      Fill();
-      continue;
-    }
-    if (next_ == filled_) return false;
-    end = buffer_.data() + filled_;
+  const auto findEnd = [this] {
+    const void* const end =
+        next_ < filled_ ? std::memchr(buffer_.data() + next_, '\n', filled_ - next_) : nullptr;
+    return static_cast<const char*>(end);
+  };
+  const char* end = findEnd();
+  while (!end && !ended_) {
+    Fill();
+    end = findEnd();
   }
+  if (!end && next_ == filled_) return false;
+  if (!end) end = buffer_.data() + filled_;
   const char* const start = buffer_.data() + next_;
   next_ = std::min(static_cast<std::size_t>(end - buffer_.data()) + 1, filled_);
   line_ = std::string_view(start, static_cast<std::size_t>(end - start));

@@ -21,6 +21,8 @@ constexpr Workload kWorkloads[] = {
     {"auc", RunAUC},         {"gp", RunGaussianProcess},
     {"vario", RunVariogram}, {"mcs", RunMCS},
     {"snn", RunSNN},
+    {"auc", RunAUC},         {"csv", RunCsv}, {"dist", RunDistributions},
+    {"vario", RunVariogram}, {"mcs", RunMCS}, {"snn", RunSNN},
 };
 
 [[noreturn]] void Stop(const std::string& message) {

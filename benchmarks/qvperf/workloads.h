@@ -8,6 +8,7 @@
 namespace QVPerf {
 
 bool RunAUC(const Run& run);
+bool RunCsv(const Run& run);
 bool RunDistributions(const Run& run);
 bool RunFingerprints(const Run& run);
 bool RunGaussianProcess(const Run& run);

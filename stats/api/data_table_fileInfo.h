@@ -58,7 +58,8 @@ class QVSTATS_EXPORT QVDataTableFileStatus {
   std::size_t numDataLinesProcessed = 0;
 
  private:
-  bool Fill();
+  /// Reads on; what is left of the buffer moves to its front.
+  void Fill();
 
   QVPlatform::qvifstream* in_;
   std::vector<char> buffer_;

@@ -14,14 +14,6 @@ using Eigen::Index;
 using Eigen::MatrixXd;
 using Eigen::VectorXd;
 
-namespace {
-
-bool HasNaN(const double* values, std::size_t count) {
-  return std::any_of(values, values + count, [](double v) { return std::isnan(v); });
-}
-
-}  // namespace
-
 void QVKrigeDistances::AddPoint(const double* distances) {
   // A quarter of slack rather than a doubling: the triangle is a large part of a model's memory.
   if (packed_.capacity() < packed_.size() + size_)
@@ -44,7 +36,6 @@ void QVFillLowerCovariances(MatrixXd& matrix, const QVKrigeDistances& distances,
   double diagonal = 0.0;
   kernel.GetCovariances(&zero, &diagonal, 1);
   std::vector<double> rows(kStrip * n);
-  bool complete = true;
   for (std::size_t first = 0; first < n; first += kStrip) {
     const std::size_t count = std::min(kStrip, n - first);
     for (std::size_t r = 0; r < count; ++r) {
@@ -52,13 +43,18 @@ void QVFillLowerCovariances(MatrixXd& matrix, const QVKrigeDistances& distances,
       double* row = rows.data() + r * n;
       if (g > 0) kernel.GetCovariances(distances.GetRow(g), row, g);
       row[g] = diagonal;
-      complete = complete && !HasNaN(row, g + 1);
     }
     for (std::size_t column = 0; column < first + count; ++column)
       for (std::size_t r = column < first ? 0 : column - first; r < count; ++r)
         matrix.data()[column * stride + first + r] = rows[r * n + column];
   }
-  QV_ASSERT(complete);
+}
+
+bool QVHasCompleteCovariances(const MatrixXd& matrix, std::size_t points) {
+  for (Index column = 0; column < static_cast<Index>(points); ++column)
+    if (matrix.col(column).segment(column, static_cast<Index>(points) - column).hasNaN())
+      return QV_ASSERT(!"a covariance is not a number");
+  return true;
 }
 
 namespace {
@@ -241,7 +237,13 @@ std::shared_ptr<const QVKrigeSystem> QVKrigeSystem::Create(QVKrigePoints points,
   MatrixXd covariances(n, n);
   QVFillLowerCovariances(covariances, *points.distances, kernel);
   auto cholesky = std::make_shared<CholeskySystem>();
-  if (!cholesky->Factorise(std::move(covariances))) return nullptr;
+  if (!cholesky->Factorise(std::move(covariances))) {
+    // Covariances that are not numbers never factorise: a fault of the kernel, not of the points.
+    covariances.resize(n, n);
+    QVFillLowerCovariances(covariances, *points.distances, kernel);
+    QVHasCompleteCovariances(covariances, Count(n));
+    return nullptr;
+  }
 
   double baseline = 0.0;
   if (mean == QVKrigeMean::Known) {

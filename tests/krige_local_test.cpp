@@ -259,5 +259,34 @@ TEST(LocalPairs, NearestAreOrderedByDistanceThenIndex) {
   EXPECT_THAT(indices(0, false), IsEmpty());
 }
 
+// Many elements, where a bound from a sample comes first: good, misleading, and with ties.
+TEST(LocalPairs, NearestOfManyAgreeWithASort) {
+  std::mt19937 engine(25);
+  for (int shape = 0; shape < 3; ++shape) {
+    std::vector<double> distances(5000);
+    for (std::size_t i = 0; i < distances.size(); ++i) {
+      const double uniform = std::uniform_real_distribution<double>()(engine);
+      distances[i] = shape == 0   ? uniform
+                     : shape == 1 ? (i % 16 == 0 ? 0.0 : 1.0 + uniform)
+                                  : std::floor(20.0 * uniform);
+    }
+    std::vector<std::size_t> order(distances.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::stable_sort(order.begin(), order.end(),
+                     [&](std::size_t a, std::size_t b) { return distances[a] < distances[b]; });
+    for (const bool leaveOut : {false, true}) {
+      if (leaveOut) {
+        const auto isZero = [&](std::size_t i) { return distances[i] == 0.0; };
+        order.erase(std::remove_if(order.begin(), order.end(), isZero), order.end());
+      }
+      for (const std::size_t count : {1u, 100u, 320u, 2000u}) {
+        const auto nearest = QVSelectNearest(distances, count, leaveOut);
+        ASSERT_EQ(nearest.size(), count);
+        for (std::size_t k = 0; k < count; ++k) ASSERT_EQ(nearest[k].index, order[k]);
+      }
+    }
+  }
+}
+
 }  // namespace
 }  // namespace QVStats

@@ -82,7 +82,7 @@ TEST_P(EveryKind, AgreesWithTheDenseSystem) {
 TEST_P(EveryKind, BlocksGiveTheBitsOfSingleQueries) {
   Model model = MakeModel(GetParam(), MakeSamples(150, 5));
   ASSERT_TRUE(model.TrainFixed(kKernel));
-  std::vector<Sample> queries = MakeSamples(150, 6);
+  std::vector<Sample> queries = MakeSamples(250, 6);
   queries[3].point = MakeSamples(150, 5)[7].point;
   queries[20].point[0] = -0.1;
   std::vector<const Point*> points;
@@ -281,6 +281,14 @@ TEST(StandardKriging, AFailedTrainingLeavesItUntrained) {
   EXPECT_FALSE(model.TrainFixed(MakeKernel(QVKrigeKernelType::Exponential, 0.5, 1.0, 1.0)));
   EXPECT_NE(model.Predict({0.5, 0.5}), kMax);  // trains anew
   EXPECT_NE(model.GetKernel().GetSill(), 1.0);
+}
+
+// A range of 0 makes the covariance at distance 0 the share 0/0.
+TEST(StandardKriging, CovariancesThatAreNoNumbersAreFatal) {
+  Model model = MakeModel(Kind::Ordinary, MakeSamples(20, 26));
+  const QVKrigeKernel kernel = MakeKernel(QVKrigeKernelType::Linear, 0.0, 1.0, 0.1);
+  EXPECT_THAT(Texts(QVErrorLevel::Fatal, [&] { EXPECT_FALSE(model.TrainFixed(kernel)); }),
+              SizeIs(1));
 }
 
 TEST(StandardKriging, ConstQuestionsLeaveAnUntrainedModelAlone) {

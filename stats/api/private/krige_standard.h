@@ -218,7 +218,8 @@ template <class Answer, class Solve>
 std::vector<Answer> QVStandardKrigeImpl<T, TT>::AnswerInBlocks(const std::vector<const T*>& queries,
                                                                const Answer& failure,
                                                                Solve solve) const {
-  constexpr std::size_t kBlock = 128;
+  // Many right sides share each pass over the factor; a multiple of the solver's register rows.
+  constexpr std::size_t kBlock = 240;
   const QVPropertyListFxn<T>& list = container_->GetPropertyList();
   const std::size_t numProperties = list.GetSize();
   std::vector<Answer> answers(queries.size(), failure);

@@ -119,11 +119,12 @@ class QVSTATS_EXPORT QVKrigeSystem {
   QVSystem::QVCowPtr<QVKrigeResultPoints> points_;
 };
 
-/// The covariances of the points in the lower triangle of the leading block of `matrix`. A NaN is a
-/// fatal report.
+/// The covariances of the points in the lower triangle of the leading block of `matrix`.
 QVSTATS_EXPORT void QVFillLowerCovariances(Eigen::MatrixXd& matrix,
                                            const QVKrigeDistances& distances,
                                            const QVKrigeKernelBase& kernel);
+/// \return whether that triangle holds numbers only. A NaN is a fatal report.
+QVSTATS_EXPORT bool QVHasCompleteCovariances(const Eigen::MatrixXd& matrix, std::size_t points);
 
 }  // namespace QVStats
 

@@ -44,9 +44,13 @@ void QVFillLowerCovariances(MatrixXd& matrix, const QVKrigeDistances& distances,
       if (g > 0) kernel.GetCovariances(distances.GetRow(g), row, g);
       row[g] = diagonal;
     }
-    for (std::size_t column = 0; column < first + count; ++column)
+    double* to = matrix.data() + first;
+    const std::size_t whole = count == kStrip ? first : 0;
+    for (std::size_t column = 0; column < whole; ++column)
+      for (std::size_t r = 0; r < kStrip; ++r) to[column * stride + r] = rows[r * n + column];
+    for (std::size_t column = whole; column < first + count; ++column)
       for (std::size_t r = column < first ? 0 : column - first; r < count; ++r)
-        matrix.data()[column * stride + first + r] = rows[r * n + column];
+        to[column * stride + r] = rows[r * n + column];
   }
 }
 

@@ -6,6 +6,7 @@
 #include <limits>
 #include <sstream>
 
+#include "platform/math/dense_kernels.h"
 #include "stats/failure.h"
 
 namespace QVStats {
@@ -148,54 +149,49 @@ QVStatModelResult Dispatch(const char* where, const FormRoutines<Output>& routin
   return WrongMatrixSize(where, n, matrix);
 }
 
-/// Rows of a factor that are worked out together, so that each finished row is read once for all.
-constexpr std::size_t kRowBlock = 4;
+/// From this size on the dense kernels, which pack what they work on, beat the plain loops.
+constexpr std::size_t kBlockedSize = 48;
 
-/// Columns j and j + 1 of kRowBlock rows from `rows` on, which hold the matrix from column j on
-/// and the factor before it; `pivots` is row j of the factor, finished like the row after it.
-void FactorColumnPair(double* rows, const double* pivots, std::size_t j, std::size_t n) {
-  constexpr std::size_t lanes = 2;
-  const double* next = pivots + n;
-  double first[kRowBlock][lanes] = {};
-  double second[kRowBlock][lanes] = {};
-  // j is even, so that no column is left over.
-  for (std::size_t k = 0; k < j; k += lanes)
-    for (std::size_t r = 0; r < kRowBlock; ++r)
-      for (std::size_t lane = 0; lane < lanes; ++lane) {
-        first[r][lane] += rows[r * n + k + lane] * pivots[k + lane];
-        second[r][lane] += rows[r * n + k + lane] * next[k + lane];
-      }
-  for (std::size_t r = 0; r < kRowBlock; ++r) {
-    double* row = rows + r * n;
-    row[j] = (row[j] - (first[r][0] + first[r][1])) / pivots[j];
-    row[j + 1] = (row[j + 1] - (second[r][0] + second[r][1]) - row[j] * next[j]) / next[j + 1];
-  }
+/// The elements on and below the diagonal, row by row, to those of another matrix by columns, or
+/// back: either way the transpose. Tiles of both stay in the first cache.
+void TransposeLower(std::size_t n, const double* from, double* to, bool fromRows) {
+  constexpr std::size_t tile = 16;
+  for (std::size_t top = 0; top < n; top += tile)
+    for (std::size_t left = 0; left <= top; left += tile)
+      for (std::size_t i = top; i < std::min(top + tile, n); ++i)
+        for (std::size_t j = left; j < std::min(left + tile, i + 1); ++j)
+          to[fromRows ? j * n + i : i * n + j] = from[fromRows ? i * n + j : j * n + i];
 }
 
-/// Columns from `begin` to the diagonal of row i, given the finished rows before it.
-/// \return whether the pivot is positive.
-bool FactorRow(double* factor, std::size_t i, std::size_t begin, std::size_t n) {
-  double* row = factor + i * n;
-  for (std::size_t j = begin; j < i; ++j)
-    row[j] = (row[j] - Dot(row, factor + j * n, j)) / factor[j * n + j];
-  const double pivot = row[i] - Dot(row, row, i);
-  row[i] = pivot > 0.0 ? std::sqrt(pivot) : 0.0;
-  return pivot > 0.0;
-}
-
-/// Turns the lower triangle of a matrix into its factor, in place.
+/// Turns the lower triangle of a matrix into its factor, in place, row by row.
 /// \return the number of rows finished: n, or that of the row whose pivot is not positive.
-std::size_t FactorInPlace(double* factor, std::size_t n) {
-  for (std::size_t block = 0; block < n; block += kRowBlock) {
-    const std::size_t end = std::min(block + kRowBlock, n);
-    const bool whole = end == block + kRowBlock;
-    if (whole)
-      for (std::size_t j = 0; j < block; j += 2)
-        FactorColumnPair(factor + block * n, factor + j * n, j, n);
-    for (std::size_t i = block; i < end; ++i)
-      if (!FactorRow(factor, i, whole ? block : 0, n)) return i;
+std::size_t FactorByRows(double* factor, std::size_t n) {
+  for (std::size_t i = 0; i < n; ++i) {
+    double* row = factor + i * n;
+    for (std::size_t j = 0; j < i; ++j)
+      row[j] = (row[j] - Dot(row, factor + j * n, j)) / factor[j * n + j];
+    const double pivot = row[i] - Dot(row, row, i);
+    if (!(pivot > 0.0)) return i;
+    row[i] = std::sqrt(pivot);
   }
   return n;
+}
+
+/// The same for a large matrix, by blocks; `factor` is left alone if a pivot is not positive.
+/// \return whether all pivots were positive.
+bool FactorByBlocks(double* factor, std::size_t n) {
+  Vector columns(n * n);
+  TransposeLower(n, factor, columns.data(), true);
+  if (!QVMath::QVGetDenseKernels().cholesky(n, columns.data(), n)) return false;
+  TransposeLower(n, columns.data(), factor, false);
+  return true;
+}
+
+/// product = a b by blocks. By columns the product is its transpose, the sum over k of b(k, j)
+/// a(i, k).
+void MultiplyByBlocks(std::size_t n, const double* a, const double* b, double* product) {
+  const auto step = static_cast<std::ptrdiff_t>(n);
+  QVMath::QVGetDenseKernels().multiply(n, n, n, 1.0, {b, 1, step}, {a, step, 1}, product, n);
 }
 
 /// Largest remaining diagonal element of a matrix that is being reduced from row `from` on.
@@ -245,6 +241,38 @@ bool IsSemidefinite(std::size_t n, const Vector& matrix) {
     for (std::size_t j = rank; j < n; ++j)
       if (!(std::abs(rest[i * n + j]) <= tolerance)) return false;
   return true;
+}
+
+/// The forward substitutions of all columns of the identity, a row of the inverse at a time.
+void InvertTriangleByRows(std::size_t n, const double* factor, double* inverse) {
+  for (std::size_t i = 0; i < n; ++i) {
+    double* row = inverse + i * n;
+    for (std::size_t k = 0; k < i; ++k) AddScaled(-factor[i * n + k], inverse + k * n, row, k + 1);
+    row[i] = 1.0;
+    for (std::size_t j = 0; j <= i; ++j) row[j] /= factor[i * n + i];
+  }
+}
+
+void InvertTriangleByBlocks(std::size_t n, const double* factor, double* inverse) {
+  Vector columns(n * n), solution(n * n);
+  TransposeLower(n, factor, columns.data(), true);
+  for (std::size_t i = 0; i < n; ++i) solution[i * n + i] = 1.0;
+  QVMath::QVGetDenseKernels().solveLower(n, columns.data(), n, n, solution.data(), n);
+  TransposeLower(n, solution.data(), inverse, false);
+}
+
+/// The upper triangle of L' L, for lower-triangular L, as a sum over the rows of L.
+void MultiplyTriangles(std::size_t n, const double* l, double* product) {
+  if (n >= kBlockedSize) {
+    // What is the upper triangle by rows is the lower one by columns.
+    QVMath::QVGetDenseKernels().rankUpdate(n, n, 1.0, {l, 1, static_cast<std::ptrdiff_t>(n)},
+                                           product, n);
+    return;
+  }
+  for (std::size_t k = 0; k < n; ++k) {
+    const double* row = l + k * n;
+    for (std::size_t i = 0; i <= k; ++i) AddScaled(row[i], row + i, product + i * n + i, k - i + 1);
+  }
 }
 
 }  // namespace
@@ -396,6 +424,10 @@ QVStatModelResult QVMatrixTimesMatrix(std::size_t n, const Vector& a, const Vect
   const QVStatModelResult result = CheckFullSizes("QVMatrixTimesMatrix", n, {&a, &b});
   if (result.NotSuccessful()) return result;
   product.assign(n * n, 0.0);
+  if (n >= kBlockedSize) {
+    MultiplyByBlocks(n, a.data(), b.data(), product.data());
+    return true;
+  }
   for (std::size_t i = 0; i < n; ++i) {
     const double* left = &a[i * n];
     double* row = &product[i * n];
@@ -447,7 +479,8 @@ QVStatModelResult QVCholeskyDecomposition(std::size_t n, const Vector& matrix, V
     std::fill(factor.begin() + diagonal, factor.begin() + row + static_cast<std::ptrdiff_t>(n),
               0.0);
   }
-  const std::size_t numFinished = FactorInPlace(factor.data(), n);
+  if (n >= kBlockedSize && FactorByBlocks(factor.data(), n)) return true;
+  const std::size_t numFinished = FactorByRows(factor.data(), n);
   if (numFinished == n) return true;
   std::fill(factor.begin() + static_cast<std::ptrdiff_t>(numFinished * n), factor.end(), 0.0);
   return SingularMatrix(where);
@@ -577,13 +610,8 @@ QVStatModelResult QVInverseOfLowerTriangularMatrix(std::size_t n, const Vector& 
   const QVStatModelResult result = CheckInvertible("QVInverseOfLowerTriangularMatrix", n, factor);
   if (result.NotSuccessful()) return result;
   inverse.assign(n * n, 0.0);
-  // The forward substitutions of all columns, a row of the inverse at a time.
-  for (std::size_t i = 0; i < n; ++i) {
-    double* row = &inverse[i * n];
-    for (std::size_t k = 0; k < i; ++k) AddScaled(-factor[i * n + k], &inverse[k * n], row, k + 1);
-    row[i] = 1.0;
-    for (std::size_t j = 0; j <= i; ++j) row[j] /= factor[i * n + i];
-  }
+  const auto invert = n >= kBlockedSize ? InvertTriangleByBlocks : InvertTriangleByRows;
+  invert(n, factor.data(), inverse.data());
   return true;
 }
 
@@ -593,13 +621,9 @@ QVStatModelResult QVInvOfSymmPosDefMatrixFromLowTriSqRoot(std::size_t n, const V
   QVStatModelResult result = QVInverseOfLowerTriangularMatrix(n, factor, factorInverse);
   if (QVFailedIn(result, "QVInvOfSymmPosDefMatrixFromLowTriSqRoot")) return result;
   inverse.assign(n * n, 0.0);
-  // The product of the transpose and the inverse as a sum over its rows, lower triangle first.
-  for (std::size_t k = 0; k < n; ++k) {
-    const double* row = &factorInverse[k * n];
-    for (std::size_t i = 0; i <= k; ++i) AddScaled(row[i], row, &inverse[i * n], i + 1);
-  }
+  MultiplyTriangles(n, factorInverse.data(), inverse.data());
   for (std::size_t i = 0; i < n; ++i)
-    for (std::size_t j = i + 1; j < n; ++j) inverse[i * n + j] = inverse[j * n + i];
+    for (std::size_t j = i + 1; j < n; ++j) inverse[j * n + i] = inverse[i * n + j];
   return true;
 }
 

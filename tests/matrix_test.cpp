@@ -46,7 +46,7 @@ Vector RandomGram(std::size_t n, std::size_t rank, unsigned int seed) {
   return Vector(gram.data(), gram.data() + gram.size());
 }
 
-// Sizes on both sides of the blocks of rows, columns and lanes.
+// Sizes on both sides of the lanes of a sum and of the first size that is worked on by blocks.
 class MatrixOfSize : public testing::TestWithParam<std::size_t> {
  protected:
   const std::size_t n_ = GetParam();
@@ -55,7 +55,7 @@ class MatrixOfSize : public testing::TestWithParam<std::size_t> {
   const Vector x_ = RandomVector(n_, 3);
   const Vector spd_ = RandomGram(n_, n_ + 5, 4);
 };
-INSTANTIATE_TEST_SUITE_P(Sizes, MatrixOfSize, testing::Values(2, 3, 4, 5, 7, 8, 17, 34, 65));
+INSTANTIATE_TEST_SUITE_P(Sizes, MatrixOfSize, testing::Values(2, 3, 5, 8, 17, 47, 48, 49, 65, 130));
 
 TEST_P(MatrixOfSize, ProductsAgreeWithEigen) {
   const auto a = AsEigen(n_, a_), b = AsEigen(n_, b_);
@@ -106,18 +106,18 @@ TEST_P(MatrixOfSize, SolvesAndInversesLeaveSmallResiduals) {
   EXPECT_NEAR(logDeterminant, eigen.eigenvalues().array().log().sum(), tolerance);
 }
 
-// A pivot that vanishes in each of the rows in turn: the rows before it stay.
+// A pivot that is negative in one row or another: the rows before it stay.
 TEST_P(MatrixOfSize, CholeskyKeepsTheRowsBeforeTheFault) {
   Vector whole, factor;
   ASSERT_TRUE(QVCholeskyDecomposition(n_, spd_, whole).IsSuccessful());
-  for (std::size_t fault = 0; fault < n_; ++fault) {
+  for (std::size_t fault = 0; fault < n_; fault += 1 + n_ / 16) {
     Vector singular = spd_;
     singular[fault * n_ + fault] = -1.0;
     EXPECT_THAT(QVCholeskyDecomposition(n_, singular, factor),
                 FailedWith(Failure::SingularMatrix, "QVCholeskyDecomposition"));
     Vector expected = whole;
     std::fill(expected.begin() + static_cast<std::ptrdiff_t>(fault * n_), expected.end(), 0.0);
-    EXPECT_EQ(factor, expected);
+    EXPECT_THAT(factor, Pointwise(DoubleNear(1e-13 * static_cast<double>(n_)), expected));
   }
 }
 

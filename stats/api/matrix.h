@@ -20,8 +20,9 @@
 /// - SingularMatrix: a pivot, diagonal element or scalar is not positive (for triangular solves
 ///   and inverses: is zero).
 /// Outputs are refilled, whatever they held, and are not defined after a failure. An output may be
-/// one of the inputs only where that is said. Nothing but outputs is allocated where that is not
-/// said either.
+/// one of the inputs only where that is said. From 48 rows on, factors, inverses and products of
+/// full matrices take working memory for a matrix or two; apart from that nothing but outputs is
+/// allocated where that is not said either.
 ///
 /// Algorithms: G. H. Golub, C. F. Van Loan, "Matrix Computations", 4th ed., 2013, chapters 1, 3, 4.
 #ifndef QVSTATS_API_MATRIX_H

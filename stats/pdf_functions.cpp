@@ -4,6 +4,7 @@
 
 #include "platform/system/cast.h"
 #include "platform/system/error_handler.h"
+#include "stats/api/data_plot_points.h"
 #include "stats/api/two_dim_function_grid.h"
 #include "stats/failure.h"
 
@@ -13,6 +14,17 @@ namespace {
 
 using QVMath::QVDataSeries;
 using QVSystem::QVThrow;
+
+/// Draws a sample and plots it.
+template <class Plot>
+QVStatModelResult PlotSample(const char* where, QVUniVarPDF& pdf, std::size_t n,
+                             QVMath::QVRanNumEngine& engine, Plot plot) {
+  std::vector<double> sample;
+  const QVStatModelResult result = QVGetPDFSample(sample, pdf, n, engine);
+  if (result.NotSuccessful()) return QVCalledFrom(where, result);
+  plot(sample);
+  return result;
+}
 
 /// The range of x between the percentiles that cut off half of tailProb at each end, widened to
 /// the user's limits.
@@ -105,6 +117,47 @@ QVStatModelResult QVGetPDFSample(std::vector<double>& sample, QVUniVarPDF& pdf, 
     sample.push_back(outcome);
   }
   return result;
+}
+
+QVStatModelResult QVGetEmpiricalCDFPlotPointsForPDFSample(QVDataSeries& series, double& xmin,
+                                                          double& xmax, QVUniVarPDF& pdf,
+                                                          std::size_t n,
+                                                          QVMath::QVRanNumEngine& engine,
+                                                          double xLow, double xHigh) {
+  return PlotSample("QVGetEmpiricalCDFPlotPointsForPDFSample", pdf, n, engine,
+                    [&](const std::vector<double>& sample) {
+                      QVGetEmpiricalCDFPlotPoints(series, xmin, xmax, sample, xLow, xHigh);
+                    });
+}
+
+QVStatModelResult QVGetAutoDefConstBinWidthHistPlotPointsForPDFSample(
+    QVDataSeries& series, double& xmin, double& xmax, double& ymin, double& ymax, QVUniVarPDF& pdf,
+    std::size_t n, QVMath::QVRanNumEngine& engine, double xLow, double xHigh) {
+  return PlotSample("QVGetAutoDefConstBinWidthHistPlotPointsForPDFSample", pdf, n, engine,
+                    [&](const std::vector<double>& sample) {
+                      QVGetAutoDefinedConstBinWidthHistPlotPoints(series, xmin, xmax, ymin, ymax,
+                                                                  sample, xLow, xHigh);
+                    });
+}
+
+QVStatModelResult QVGetUserDefConstBinWidthHistPlotPointsForPDFSample(
+    QVDataSeries& series, double& xmin, double& xmax, double& ymin, double& ymax, QVUniVarPDF& pdf,
+    std::size_t n, std::size_t numBins, QVMath::QVRanNumEngine& engine, double xLow, double xHigh) {
+  return PlotSample("QVGetUserDefConstBinWidthHistPlotPointsForPDFSample", pdf, n, engine,
+                    [&](const std::vector<double>& sample) {
+                      QVGetUserDefinedConstBinWidthHistPlotPoints(series, xmin, xmax, ymin, ymax,
+                                                                  sample, numBins, xLow, xHigh);
+                    });
+}
+
+QVStatModelResult QVGetUserDefConstFreqHistPlotPointsForPDFSample(
+    QVDataSeries& series, double& xmin, double& xmax, double& ymin, double& ymax, QVUniVarPDF& pdf,
+    std::size_t n, std::size_t numBins, QVMath::QVRanNumEngine& engine, double xLow, double xHigh) {
+  return PlotSample("QVGetUserDefConstFreqHistPlotPointsForPDFSample", pdf, n, engine,
+                    [&](const std::vector<double>& sample) {
+                      QVGetUserDefinedConstFreqHistPlotPoints(series, xmin, xmax, ymin, ymax,
+                                                              sample, numBins, xLow, xHigh);
+                    });
 }
 
 QVStatModelResult QVGetPDFDensityPlotPoints(QVDataSeries& series, double& xmin, double& xmax,

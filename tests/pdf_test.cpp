@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/system/error_handler.h"
+#include "stats/api/data_plot_points.h"
 #include "stats/api/pdf_families.h"
 #include "stats/api/pdf_functions.h"
 #include "stats/api/pdf_setup.h"
@@ -585,6 +586,66 @@ TEST(PDFPlot, CurvesCoverTheCentreAndIntegrate) {
       QVGetPDFCDFPlotPoints(series, xmin, xmax, ymin, ymax, QVUniVarNullPDF("x"), 0.05, 9, 0, 0);
   EXPECT_THAT(GetContextOf(result),
               ElementsAre("QVUniVarNullPDFImpl::GetPercentile", "QVGetPDFCDFPlotPoints"));
+}
+
+MATCHER_P2(IsPoint, x, y, "") {
+  return std::abs(arg.GetX() - x) < 1e-15 && std::abs(arg.GetY() - y) < 1e-15;
+}
+
+TEST(DataPlot, OutlinesOfSmallSamples) {
+  QVMath::QVDataSeries series;
+  double xmin, xmax, ymin, ymax;
+  QVGetEmpiricalCDFPlotPoints(series, xmin, xmax, {3, 1, 2}, 0, 5);
+  EXPECT_THAT(series.GetPointVec(),
+              ElementsAre(IsPoint(0, 0), IsPoint(1, 0), IsPoint(1, 1.0 / 3), IsPoint(2, 1.0 / 3),
+                          IsPoint(2, 2.0 / 3), IsPoint(3, 2.0 / 3), IsPoint(3, 1), IsPoint(5, 1)));
+  EXPECT_EQ(xmin, 1.0);
+  EXPECT_EQ(xmax, 3.0);
+  QVGetUserDefinedConstBinWidthHistPlotPoints(series, xmin, xmax, ymin, ymax, {3, 2, 1, 0}, 2, 0,
+                                              0);
+  EXPECT_EQ(series.GetNumPoints(), 7u);
+  EXPECT_THAT(series.GetPoint(5).GetY(), IsCloseTo(1.0 / 3, 1e-15));
+  EXPECT_EQ(xmax, 3.0);
+  QVGetAutoDefinedConstBinWidthHistPlotPoints(series, xmin, xmax, ymin, ymax, {4, 4, 4, 4, 4}, 2,
+                                              6);
+  EXPECT_THAT(series.GetPointVec(),
+              ElementsAre(IsPoint(2, 0), IsPoint(2, 0.25), IsPoint(6, 0.25), IsPoint(6, 0)));
+  QVGetUserDefinedConstFreqHistPlotPoints(series, xmin, xmax, ymin, ymax, {1, 2, 3, 4, 5}, 2, 0, 8);
+  EXPECT_THAT(series.GetPointVec(),
+              ElementsAre(IsPoint(0, 0), IsPoint(0, 0.5 / 3), IsPoint(3, 0.5 / 3), IsPoint(3, 0),
+                          IsPoint(3, 0.5 / 8), IsPoint(8, 0.5 / 8), IsPoint(8, 0)));
+  EXPECT_EQ(ymax, 0.0);
+  QVGetUserDefinedConstBinWidthHistPlotPoints(series, xmin, xmax, ymin, ymax, {}, 2, 0, 9);
+  EXPECT_EQ(series.GetNumPoints(), 0u);
+  const QVStatModelResult result = QVGetNormalProbabilityPlotPointsForSortedData(
+      series, xmin, xmax, ymin, ymax, {7}, -1, 1, -1, 1);
+  EXPECT_TRUE(result.IsSuccessful());
+  EXPECT_THAT(series.GetPointVec(), ElementsAre(IsPoint(0, 0)));
+}
+
+// The area under the outline of a histogram of draws is 1, and the bars follow the density.
+TEST(PDFPlot, HistogramsOfDraws) {
+  QVStatModelResult result(true);
+  QVUniVarPDF pdf = QVUnivariateGaussian("x", 0, 1, result);
+  QVMath::QVRanNumEngine engine(8);
+  QVMath::QVDataSeries series;
+  double xmin, xmax, ymin, ymax;
+  result = QVGetAutoDefConstBinWidthHistPlotPointsForPDFSample(series, xmin, xmax, ymin, ymax, pdf,
+                                                               100000, engine, 0, 0);
+  ASSERT_TRUE(result.IsSuccessful());
+  const auto& points = series.GetPointVec();
+  double area = 0.0;
+  for (std::size_t i = 1; i + 1 < points.size(); i += 3) {
+    area += points[i].GetY() * (points[i + 1].GetX() - points[i].GetX());
+    const double middle = (points[i].GetX() + points[i + 1].GetX()) / 2;
+    EXPECT_NEAR(points[i].GetY(), pdf.GetDensity(middle, result, true), 0.035);
+  }
+  EXPECT_THAT(area, IsCloseTo(1.0, 1e-9));
+  QVUniVarPDF none = QVUniVarNullPDF("x");
+  result = QVGetEmpiricalCDFPlotPointsForPDFSample(series, xmin, xmax, none, 5, engine, 0, 0);
+  EXPECT_THAT(GetContextOf(result),
+              ElementsAre("QVUniVarNullPDFImpl::GetRandomOutcome", "QVGetPDFSample",
+                          "QVGetEmpiricalCDFPlotPointsForPDFSample"));
 }
 
 // Contours of a standard Gaussian in the plane are circles of radius sqrt(-2 log level).

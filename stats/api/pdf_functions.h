@@ -21,6 +21,30 @@ namespace QVStats {
 QVSTATS_EXPORT QVStatModelResult QVGetPDFSample(std::vector<double>& sample, QVUniVarPDF& pdf,
                                                 std::size_t n, QVMath::QVRanNumEngine& engine);
 
+/// \name Plots of n draws
+/// The routines of stats/api/data_plot_points.h on a sample drawn from the distribution.
+/// @{
+
+/// The empirical distribution function.
+QVSTATS_EXPORT QVStatModelResult QVGetEmpiricalCDFPlotPointsForPDFSample(
+    QVMath::QVDataSeries& series, double& xmin, double& xmax, QVUniVarPDF& pdf, std::size_t n,
+    QVMath::QVRanNumEngine& engine, double xLow, double xHigh);
+/// A histogram whose bin width follows from the sample.
+QVSTATS_EXPORT QVStatModelResult QVGetAutoDefConstBinWidthHistPlotPointsForPDFSample(
+    QVMath::QVDataSeries& series, double& xmin, double& xmax, double& ymin, double& ymax,
+    QVUniVarPDF& pdf, std::size_t n, QVMath::QVRanNumEngine& engine, double xLow, double xHigh);
+/// A histogram of numBins bins of equal width.
+QVSTATS_EXPORT QVStatModelResult QVGetUserDefConstBinWidthHistPlotPointsForPDFSample(
+    QVMath::QVDataSeries& series, double& xmin, double& xmax, double& ymin, double& ymax,
+    QVUniVarPDF& pdf, std::size_t n, std::size_t numBins, QVMath::QVRanNumEngine& engine,
+    double xLow, double xHigh);
+/// A histogram of numBins bins of equal frequency.
+QVSTATS_EXPORT QVStatModelResult QVGetUserDefConstFreqHistPlotPointsForPDFSample(
+    QVMath::QVDataSeries& series, double& xmin, double& xmax, double& ymin, double& ymax,
+    QVUniVarPDF& pdf, std::size_t n, std::size_t numBins, QVMath::QVRanNumEngine& engine,
+    double xLow, double xHigh);
+/// @}
+
 /// The density at `numPoints` (>= 1) points spread evenly from the percentile at tailProb / 2 to
 /// that at 1 - tailProb / 2. ymin is 0 and ymax the largest value. A report at information level,
 /// "sum density = <sum>", gives the sum of the values times their spacing: about 1 - tailProb for a

@@ -1,16 +1,20 @@
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
+#include <memory>
 #include <new>
 
 #include "apps/commands.h"
+#include "apps/report_sink.h"
+#include "platform/system/error_handler.h"
 #include "stats/api/version.h"
 
 namespace {
 
 // A subcommand is a file beside this one and a row here.
 constexpr QVApps::AddCommand kCommands[] = {
-    nullptr,
+    &QVApps::AddPredictCommand,
+    &QVApps::AddValidateCommand,
 };
 
 int Run(int argc, char** argv) {
@@ -19,8 +23,7 @@ int Run(int argc, char** argv) {
   program.set_version_flag("--version", std::string("qvstats ") + QVStats::QVStatsGetRelease());
   program.require_subcommand(1);
   int exitCode = QVApps::kDone;
-  for (const QVApps::AddCommand add : kCommands)
-    if (add) add(program, exitCode);
+  for (const QVApps::AddCommand add : kCommands) add(program, exitCode);
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -32,6 +35,7 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  QVSystem::QVThrow.SetSink(std::make_shared<QVApps::ReportSink>());
   try {
     return Run(argc, argv);
   } catch (const std::bad_alloc&) {

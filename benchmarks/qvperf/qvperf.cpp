@@ -21,6 +21,7 @@ constexpr Workload kWorkloads[] = {
     {"dist", RunDistributions},
     {"fp", RunFingerprints},
     {"gp", RunGaussianProcess},
+    {"logit", RunLogit},
     {"mcs", RunMCS},
     {"snn", RunSNN},
     {"vario", RunVariogram},

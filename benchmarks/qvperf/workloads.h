@@ -13,6 +13,7 @@ bool RunDistributions(const Run& run);
 bool RunFingerprints(const Run& run);
 bool RunGaussianProcess(const Run& run);
 bool RunVariogram(const Run& run);
+bool RunLogit(const Run& run);
 bool RunMCS(const Run& run);
 bool RunSNN(const Run& run);
 

@@ -52,8 +52,8 @@ bool SearchAlong(QVFunc2& function, const Point& from, const VectorXd& direction
   for (int halving = 0; halving < 60; ++halving, step *= 0.5) {
     to.x = from.x + step * direction;
     if (!function.CheckVariablesValidity(to.x.data())) continue;
-    to.value = function(to.x.data());
-    if (to.value <= from.value + 1e-4 * step * slope + rounding) return true;
+    to.Evaluate(function);  // nearly always the step that is taken, so all at once
+    if (to.IsFinite() && to.value <= from.value + 1e-4 * step * slope + rounding) return true;
   }
   return false;
 }
@@ -82,11 +82,6 @@ double QVNewtonOpt::operator()(QVFunc2& function, QVCheckpoint1* checkpoint, con
   while (status_ == QVNewtonStatus::IterationLimit && iterations_ < iterLimit_) {
     const VectorXd direction = FindDirection(current);
     if (!SearchAlong(function, current, direction, next)) {
-      status_ = QVNewtonStatus::NoDescent;
-      break;
-    }
-    next.Evaluate(function);
-    if (!next.IsFinite()) {
       status_ = QVNewtonStatus::NoDescent;
       break;
     }

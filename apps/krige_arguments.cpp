@@ -1,0 +1,216 @@
+#include "apps/krige_arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+#include <iterator>
+
+#include "apps/commands.h"
+#include "apps/output_file.h"
+#include "apps/prediction_summary.h"
+#include "apps/progress.h"
+#include "platform/likeness/fingerprint.h"
+#include "platform/system/text.h"
+
+namespace QVApps {
+
+namespace {
+
+using QVStats::QVMolKrige;
+using QVStats::QVMolKrigeResult;
+
+constexpr const char* kReplicates[] = {"mean", "min", "max"};  // by unique-response code
+
+unsigned int GetUniqueResponseMethod(const std::string& name) {
+  const auto found = std::find(std::begin(kReplicates), std::end(kReplicates), name);
+  return static_cast<unsigned int>(found - std::begin(kReplicates));
+}
+
+QVStats::QVSCMolPropertyList MakeDrift(const std::vector<std::string>& tags) {
+  QVStats::QVSCMolPropertyList drift;
+  for (const std::string& tag : tags) drift.PushTag(tag);
+  return drift;
+}
+
+std::unique_ptr<QVStats::QVMolKrigeLikenessDistFxn> MakeDistance(const std::string& name) {
+  if (name == "vsepr") return nullptr;
+  return std::make_unique<QVStats::QVMolKrigeLikenessDistFxn>(
+      QVLikeness::QVGetFPTypeFromName(name));
+}
+
+template <class Options>
+QVMolKrige MakeModelWith(const Options& options, const QVStats::QVMolKrigeLikenessDistFxn* distance,
+                         const QVStats::QVSCMolPropertyList& drift) {
+  if (distance)
+    return drift.GetSize() == 0 ? QVMolKrige(*distance, options)
+                                : QVMolKrige(*distance, drift, options);
+  return drift.GetSize() == 0 ? QVMolKrige(options) : QVMolKrige(drift, options);
+}
+
+QVMolKrige MakeModel(const KrigeArguments& arguments,
+                     const QVStats::QVMolKrigeLikenessDistFxn* distance,
+                     const QVStats::QVSCMolPropertyList& drift) {
+  const unsigned int method = GetUniqueResponseMethod(arguments.replicates);
+  if (arguments.local == 0) {
+    QVStats::QVGlobalKrigeOptions options;
+    return MakeModelWith(options.SetUniqueResponseMethod(method), distance, drift);
+  }
+  QVStats::QVLocalKrigeOptions options;
+  options.SetNumLocal(arguments.local).SetUniqueResponseMethod(method);
+  return MakeModelWith(options, distance, drift);
+}
+
+/// Every name that --distance takes.
+std::vector<std::string> GetDistanceNames() {
+  std::vector<std::string> names = {"vsepr"};
+  for (unsigned int type = 1; type < QVLikeness::QVFPType::Count; ++type)
+    names.push_back(QVSystem::QVToLower(QVLikeness::QVFPType::TypeName[type]));
+  return names;
+}
+
+}  // namespace
+
+void AddKrigeOptions(CLI::App& command, KrigeArguments& arguments) {
+  command
+      .add_option("--train", arguments.train,
+                  "Molecules with measured values: .sdf .smi .csv .tsv, also .gz; - for standard "
+                  "input")
+      ->required();
+  command.add_option("--value", arguments.value, "Column or SD tag of the value")->required();
+  command.add_option("--values", arguments.values,
+                     "Table (.csv, .tsv) with the values by identifier, for files without them");
+  command.add_option("--smiles-column", arguments.smilesColumn, "SMILES column of a table");
+  command.add_option("--id-column", arguments.idColumn, "Column or SD tag of the identifier");
+  command.add_option("--local", arguments.local,
+                     "Predict each molecule from its N nearest only (at least 3)");
+  command.add_option("--drift", arguments.drift, "Columns or SD tags with a linear effect")
+      ->delimiter(',');
+  command.add_option("--distance", arguments.distance, "Fingerprint of the distance")
+      ->check(CLI::IsMember(GetDistanceNames()))
+      ->capture_default_str();
+  command
+      .add_option("--replicates", arguments.replicates, "Value of a molecule measured repeatedly")
+      ->check(
+          CLI::IsMember(std::vector<std::string>(std::begin(kReplicates), std::end(kReplicates))))
+      ->capture_default_str();
+  command.add_flag("--unlog", arguments.unlog,
+                   "Values are base-10 logarithms: show predictions and intervals as 10^value");
+  command.add_flag("--quiet", arguments.quiet, "No progress line");
+}
+
+MoleculeSourceOptions MakeSourceOptions(const KrigeArguments& arguments) {
+  MoleculeSourceOptions options;
+  options.smilesColumn = arguments.smilesColumn;
+  options.idColumn = arguments.idColumn;
+  options.valueName = arguments.value;
+  options.valuesFile = arguments.values;
+  return options;
+}
+
+double ShowResponse(const KrigeArguments& arguments, double response) {
+  return arguments.unlog ? std::pow(10.0, response) : response;
+}
+
+KrigePredictor::KrigePredictor(const KrigeArguments& arguments)
+    : driftTags_(arguments.drift),
+      drift_(MakeDrift(arguments.drift)),
+      distance_(MakeDistance(arguments.distance)),
+      model_(MakeModel(arguments, distance_.get(), drift_)) {}
+
+bool KrigePredictor::Prepare(QVChem::QVMolBase& mol, std::string& error) const {
+  for (const std::string& tag : driftTags_)
+    if (double value;
+        !QVSystem::QVStringToNumber(mol.GetSDData(tag), value) || !std::isfinite(value)) {
+      error = "no number under the drift column '" + tag + "'";
+      return false;
+    }
+  if (!drift_.PrepMol(mol) || (distance_ && !distance_->PrepMol(mol))) {
+    error = "no fingerprint can be made";
+    return false;
+  }
+  return true;
+}
+
+bool KrigePredictor::Train(const std::vector<const TrainingMolecule*>& molecules) {
+  model_.Clear();
+  for (const TrainingMolecule* molecule : molecules)
+    model_.AddTraining(molecule->mol, molecule->value);
+  return model_.Train();
+}
+
+std::vector<QVMolKrigeResult> KrigePredictor::Predict(
+    const std::vector<const QVChem::QVMolBase*>& mols) const {
+  return model_.GetResults(mols);
+}
+
+std::vector<TrainingMolecule> ReadTraining(const KrigeArguments& arguments,
+                                           const KrigePredictor& predictor, std::size_t& refused) {
+  MoleculeSourceOptions options = MakeSourceOptions(arguments);
+  options.valueRequired = true;
+  MoleculeSource source(arguments.train, options);
+  Progress progress("reading " + arguments.train, 0, arguments.quiet);
+  std::vector<TrainingMolecule> molecules;
+  for (MoleculeRecord record; source.Next(record); progress.Step()) {
+    std::string error = record.error;
+    if (error.empty() && !record.value) error = "no value";
+    if (error.empty()) predictor.Prepare(record.mol, error);
+    if (error.empty()) {
+      molecules.push_back({record.id, GetSmilesOf(record), record.mol, *record.value});
+    } else {
+      ++refused;
+      std::cerr << source.Locate(record) << ": " << error << ", left out\n";
+    }
+  }
+  if (molecules.empty()) throw Failure(arguments.train + ": no molecule with a value to train on");
+  return molecules;
+}
+
+std::vector<const TrainingMolecule*> PointTo(const std::vector<TrainingMolecule>& molecules) {
+  std::vector<const TrainingMolecule*> pointers;
+  for (const TrainingMolecule& molecule : molecules) pointers.push_back(&molecule);
+  return pointers;
+}
+
+std::string DescribeKernel(const QVStats::QVKrigeKernelBase& kernel) {
+  return kernel.GetName() + QVSystem::QVFormat(": range %.4g, sill %.4g, nugget %.4g",
+                                               kernel.GetRange(), kernel.GetSill(),
+                                               kernel.GetNugget());
+}
+
+std::vector<std::string> GetPredictionColumns(unsigned int numNeighbours) {
+  std::vector<std::string> columns = {"predicted", "stddev", "lower95", "upper95", "status"};
+  for (unsigned int k = 1; k <= numNeighbours; ++k)
+    for (const char* field : {"id", "distance", "weight", "value"})
+      columns.push_back("neighbour" + std::to_string(k) + "_" + field);
+  return columns;
+}
+
+std::vector<std::string> MakePredictionFields(const KrigeArguments& arguments,
+                                              const QVMolKrigeResult& result,
+                                              const std::string& status,
+                                              unsigned int numNeighbours) {
+  std::vector<std::string> fields(GetPredictionColumns(numNeighbours).size());
+  fields[4] = status;
+  if (!result.Valid()) return fields;
+  const double response = result.GetResponse(), deviation = std::sqrt(result.GetVariance());
+  const auto show = [&](double value) { return CsvNumber(ShowResponse(arguments, value)); };
+  fields[0] = show(response);
+  fields[1] = CsvNumber(deviation);
+  fields[2] = show(response - kInterval95 * deviation);
+  fields[3] = show(response + kInterval95 * deviation);
+  std::size_t next = 5;
+  for (const unsigned int i : result.GetLargestElements(numNeighbours)) {
+    fields[next++] = result.GetElement(i).GetTitle();
+    fields[next++] = CsvNumber(result.GetElementDistance(i));
+    fields[next++] = CsvNumber(result.GetElementWeight(i));
+    fields[next++] = show(result.GetElementResponse(i));
+  }
+  return fields;
+}
+
+const char* DescribeStatus(const QVMolKrigeResult& result) {
+  return result.Valid() ? "ok" : "no prediction: kriging variance out of its bounds";
+}
+
+}  // namespace QVApps

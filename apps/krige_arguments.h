@@ -1,0 +1,102 @@
+/// \file
+/// \brief What the kriging subcommands share: their options, and the model that these make.
+#ifndef QVSTATS_APPS_KRIGE_ARGUMENTS_H
+#define QVSTATS_APPS_KRIGE_ARGUMENTS_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "apps/molecule_source.h"
+#include "platform/chem/mol.h"
+#include "stats/api/krige_2d_mol.h"
+#include "stats/api/krige_distfxns.h"
+#include "stats/api/mol_properties.h"
+
+namespace CLI {
+class App;
+}
+
+namespace QVApps {
+
+/// The options as the user gave them.
+struct KrigeArguments {
+  std::string train;
+  std::string value;
+  std::string values;
+  std::string smilesColumn;
+  std::string idColumn;
+  unsigned int local = 0;  ///< neighbours of a local model, 0 for a global one
+  std::vector<std::string> drift;
+  std::string distance = "vsepr";
+  std::string replicates = "mean";
+  bool unlog = false;
+  bool quiet = false;
+};
+
+/// Adds the options of `arguments` to a subcommand.
+void AddKrigeOptions(CLI::App& command, KrigeArguments& arguments);
+
+/// With what a molecule file is opened.
+MoleculeSourceOptions MakeSourceOptions(const KrigeArguments& arguments);
+
+/// A response as the user reads it: 10 to its power when responses are logarithms.
+double ShowResponse(const KrigeArguments& arguments, double response);
+
+/// A molecule that can train a model.
+struct TrainingMolecule {
+  std::string id;
+  std::string smiles;
+  QVChem::QVGraphMol mol;
+  double value;
+};
+
+/// A kriging model as the arguments ask for it.
+class KrigePredictor {
+ public:
+  explicit KrigePredictor(const KrigeArguments& arguments);
+
+  /// Attaches to a molecule what the model reads from it: fingerprint, drift values.
+  /// \return false, with the reason in `error`, when something is missing.
+  bool Prepare(QVChem::QVMolBase& mol, std::string& error) const;
+
+  /// Adds prepared molecules and trains.
+  /// \return whether that succeeded; the library has reported why it did not.
+  bool Train(const std::vector<const TrainingMolecule*>& molecules);
+
+  /// The results of prepared molecules, in order; those without a prediction are not valid.
+  std::vector<QVStats::QVMolKrigeResult> Predict(
+      const std::vector<const QVChem::QVMolBase*>& mols) const;
+
+ private:
+  std::vector<std::string> driftTags_;
+  QVStats::QVSCMolPropertyList drift_;
+  std::unique_ptr<QVStats::QVMolKrigeLikenessDistFxn> distance_;  // null for VSEPR fingerprints
+  QVStats::QVMolKrige model_;
+};
+
+/// Reads and prepares the training file. Records without a usable molecule or value are reported on
+/// standard error and counted in `refused`; throws Failure when none is left.
+std::vector<TrainingMolecule> ReadTraining(const KrigeArguments& arguments,
+                                           const KrigePredictor& predictor, std::size_t& refused);
+
+/// Pointers to all of them.
+std::vector<const TrainingMolecule*> PointTo(const std::vector<TrainingMolecule>& molecules);
+
+/// "Exponential: range 0.5, sill 1, nugget 0".
+std::string DescribeKernel(const QVStats::QVKrigeKernelBase& kernel);
+
+/// A row of predictions: its head, and the fields of a result. Fields of a result that is not valid
+/// are empty.
+std::vector<std::string> GetPredictionColumns(unsigned int numNeighbours);
+std::vector<std::string> MakePredictionFields(const KrigeArguments& arguments,
+                                              const QVStats::QVMolKrigeResult& result,
+                                              const std::string& status,
+                                              unsigned int numNeighbours);
+
+/// Why a result without a prediction has none, or "ok".
+const char* DescribeStatus(const QVStats::QVMolKrigeResult& result);
+
+}  // namespace QVApps
+
+#endif  // QVSTATS_APPS_KRIGE_ARGUMENTS_H

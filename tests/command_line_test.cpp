@@ -1,0 +1,168 @@
+// Runs the program as a user does: files in, files out, messages and exit codes.
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+using testing::HasSubstr;
+using testing::SizeIs;
+
+class CommandLine : public testing::Test {
+ protected:
+  CommandLine()
+      : directory_(std::filesystem::temp_directory_path() /
+                   ("qvstats_" + std::to_string(::getpid()) + "_" +
+                    testing::UnitTest::GetInstance()->current_test_info()->name())) {
+    std::filesystem::create_directories(directory_);
+    Write("known.smi",
+          "CCO ethanol\nCCCO propanol\nCCCCO butanol\nCCCCCO pentanol\nCC(C)O isopropanol\n"
+          "CCCCCCO hexanol\nOc1ccccc1 phenol\nCc1ccccc1O cresol\n");
+    Write("values.csv",
+          "id,logP\nethanol,-0.31\npropanol,0.25\nbutanol,0.88\npentanol,1.51\nisopropanol,0.05\n"
+          "hexanol,2.03\nphenol,1.46\ncresol,1.95\nheptanol,2.62\n");
+  }
+  ~CommandLine() override { std::filesystem::remove_all(directory_); }
+
+  void Write(const std::string& name, const std::string& text) const {
+    std::ofstream(directory_ / name, std::ios::binary) << text;
+  }
+
+  std::string Read(const std::string& name) const {
+    std::ifstream file(directory_ / name, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+  }
+
+  std::vector<std::string> Lines(const std::string& text) const {
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
+  }
+
+  /// Runs `qvstats <arguments>` in the directory; standard output and error are kept.
+  int Run(const std::string& arguments) {
+    const std::string command = "cd '" + directory_.string() + "' && " QVSTATS_PROGRAM " " +
+                                arguments + " >stdout 2>stderr";
+    const int status = std::system(command.c_str());
+    output_ = Read("stdout");
+    messages_ = Read("stderr");
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+  std::filesystem::path directory_;
+  std::string output_;
+  std::string messages_;
+};
+
+constexpr const char* kTrain = "--train known.smi --values values.csv --value logP ";
+
+TEST_F(CommandLine, PredictsEachQueryInOrderAndRefusesBadOnesInPlace) {
+  Write("query.smi", "CCCCCCCO heptanol\nC1CC( broken\nCCO ethanol\n");
+  EXPECT_EQ(Run(std::string("predict --neighbours 2 --out out.csv ") + kTrain + "query.smi"), 2)
+      << messages_;
+  const auto rows = Lines(Read("out.csv"));
+  ASSERT_THAT(rows, SizeIs(4));
+  EXPECT_EQ(rows[0],
+            "id,smiles,predicted,stddev,lower95,upper95,status,neighbour1_id,neighbour1_distance,"
+            "neighbour1_weight,neighbour1_value,neighbour2_id,neighbour2_distance,"
+            "neighbour2_weight,neighbour2_value");
+  EXPECT_EQ(rows[1].rfind("heptanol,CCCCCCCO,", 0), 0u);
+  EXPECT_THAT(rows[1], HasSubstr(",ok,hexanol,"));
+  EXPECT_EQ(rows[2].rfind("broken,C1CC(,,,,,", 0), 0u);
+  EXPECT_EQ(rows[3].rfind("ethanol,CCO,-0.31,", 0), 0u) << "a training molecule has its own value";
+  EXPECT_THAT(messages_, HasSubstr("query.smi: record 2 (line 2): "));
+  EXPECT_THAT(messages_, HasSubstr("n 2  R2 ")) << "the values table knows two of the queries";
+}
+
+TEST_F(CommandLine, ReadsEveryFormatAndStandardInput) {
+  Write("train.csv",
+        "name,smiles,logP,size\nethanol,CCO,-0.31,3\npropanol,CCCO,0.25,4\nbutanol,CCCCO,0.88,5\n"
+        "pentanol,CCCCCO,1.51,6\nhexanol,CCCCCCO,2.03,7\nphenol,Oc1ccccc1,1.46,7\n");
+  Write("query.tsv", "SMILES\tid\tsize\nCCO\tethanol\t3\n");
+  for (const char* options : {"--drift size", "--local 4 --distance path", "--replicates max"}) {
+    EXPECT_EQ(Run(std::string("predict --train train.csv --value logP query.tsv ") + options), 0)
+        << messages_;
+    EXPECT_THAT(output_, HasSubstr("\nethanol,CCO,-0.31,")) << options;
+  }
+  Write("no_size.tsv", "SMILES\tid\nCCO\tethanol\n");
+  EXPECT_EQ(Run("predict --train train.csv --value logP --drift size no_size.tsv"), 2);
+  EXPECT_THAT(output_, HasSubstr("no number under the drift column 'size'"));
+  ASSERT_EQ(std::system(("gzip -c '" + (directory_ / "train.csv").string() + "' > '" +
+                         (directory_ / "train.csv.gz").string() + "'")
+                            .c_str()),
+            0);
+  EXPECT_EQ(Run("predict --train train.csv.gz --value logP --unlog - < known.smi"), 0) << messages_;
+  EXPECT_THAT(Lines(output_), SizeIs(9));
+  EXPECT_THAT(output_, HasSubstr("\nethanol,CCO,0.489779,")) << "10^-0.31";
+}
+
+TEST_F(CommandLine, ValidatesByFolds) {
+  EXPECT_NE(Run(std::string("validate --folds 4 --out folds.csv ") + kTrain), 1) << messages_;
+  EXPECT_THAT(output_, HasSubstr("kernel  "));
+  EXPECT_THAT(output_, HasSubstr("  RMSE "));
+  const std::string first = Read("folds.csv");
+  EXPECT_THAT(Lines(first), SizeIs(9));
+  Run(std::string("validate --folds 4 --out folds.csv ") + kTrain);
+  EXPECT_EQ(Read("folds.csv"), first) << "the same seed gives the same folds";
+}
+
+struct FailureCase {
+  const char* file;
+  std::string text;
+  const char* arguments;
+  const char* message;
+};
+
+TEST_F(CommandLine, SaysWhatIsWrongAndWritesNothing) {
+  const FailureCase cases[] = {
+      {"t.csv", "", "--train t.csv --value y", "t.csv"},
+      {"t.csv", "smiles,id,y\n", "--train t.csv --value y", "t.csv"},
+      {"t.csv", "smiles,id,y\nC,a,1\n", "--train t.csv --value z", "'z'"},
+      {"t.csv", "smiles,id,y\nC,a,1\nCC,b,tall\nCCC,c,2\n", "--train t.csv --value y", "tall"},
+      {"t.csv", "smiles,id,y\nC,a,1\n", "--train t.csv --value y", "1 molecules"},
+      {"t.csv", "smiles,id,y\nC,a,1\nC,b,2\nC,c,3\n", "--train t.csv --value y", "trained"},
+      {"t.csv", "smiles,id,y\nC,a,5\nCC,b,5\nCCO,c,5\nCCN,d,5\n", "--train t.csv --value y",
+       "unable to train"},
+      {"t.sdf.gz", std::string("\x1f\x8b\x08\x00\x00\x00\x00\x00\x00\x03\xcb\x48", 12),
+       "--train t.sdf.gz --value y", "t.sdf.gz"},
+      {"t.xyz", "", "--train t.xyz --value y", "t.xyz"},
+      {"t.csv", "smiles,id,y\nC,a,1\n", "--train missing.smi --value y", "missing.smi"},
+      {"t.csv", "smiles,id,y\nC,a,1\n", "--value y", "--train"},
+  };
+  for (const FailureCase& c : cases) {
+    Write(c.file, c.text);
+    EXPECT_EQ(Run(std::string("predict --out out.csv ") + c.arguments + " known.smi"), 1)
+        << c.text << messages_;
+    EXPECT_THAT(messages_, HasSubstr(c.message)) << c.text;
+    EXPECT_FALSE(std::filesystem::exists(directory_ / "out.csv"));
+  }
+  EXPECT_EQ(Run(std::string("predict --out no/such/out.csv ") + kTrain + "known.smi"), 1);
+  EXPECT_THAT(messages_, HasSubstr("cannot write no/such/out.csv"));
+}
+
+TEST_F(CommandLine, LeavesOutBadTrainingRecordsAndSaysWhich) {
+  Write("train.smi", Read("known.smi") + "C1CC( broken\nCCCCCCCCO unknown\n");
+  EXPECT_EQ(Run("predict --train train.smi --values values.csv --value logP known.smi"), 2);
+  EXPECT_THAT(messages_, HasSubstr("train.smi: record 9 (line 9): "));
+  EXPECT_THAT(messages_, HasSubstr("train.smi: record 10 (line 10): no value, left out"));
+  EXPECT_THAT(Lines(output_), SizeIs(9));
+}
+
+TEST_F(CommandLine, AFullDiskIsAnError) {
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no /dev/full here";
+  const std::string command = "cd '" + directory_.string() + "' && " QVSTATS_PROGRAM " predict " +
+                              kTrain + "known.smi >/dev/full 2>stderr";
+  const int status = std::system(command.c_str());
+  EXPECT_EQ(WEXITSTATUS(status), 1);
+  EXPECT_THAT(Read("stderr"), HasSubstr("cannot write"));
+}
+
+}  // namespace

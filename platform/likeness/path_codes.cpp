@@ -1,6 +1,8 @@
 #include "platform/likeness/internal/path_codes.h"
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 namespace QVLikeness {
 
@@ -48,7 +50,7 @@ class PathWalker {
     if (!limits_.outwards) depths_[start] = kAnyAtom;
   }
 
-  std::vector<PathCode>& GetCodes() { return codes_; }
+  std::vector<std::uint64_t>& GetCodes() { return codes_; }
 
  private:
   struct State {
@@ -61,8 +63,9 @@ class PathWalker {
 
   void Record(const State& state) {
     const std::uint32_t numAtoms = state.length + 1;
-    codes_.push_back({state.elements.GetCode(numAtoms), numAtoms});
-    codes_.push_back({state.shells.GetCode(numAtoms), numAtoms});
+    const std::uint32_t times = limits_.byLength ? numAtoms : 1;
+    codes_.insert(codes_.end(), times, state.elements.GetCode(numAtoms));
+    codes_.insert(codes_.end(), times, state.shells.GetCode(numAtoms));
   }
 
   void Extend(const State& state, std::uint32_t only) {
@@ -106,13 +109,13 @@ class PathWalker {
   const PathLimits limits_;
   std::vector<std::uint32_t> depths_;
   std::vector<std::uint32_t> queue_;
-  std::vector<PathCode> codes_;
+  std::vector<std::uint64_t> codes_;
   std::uint32_t endsAbove_ = kAnyAtom;
 };
 
 }  // namespace
 
-std::vector<PathCode> GetPathCodes(const MolGraph& graph, const PathLimits& limits) {
+std::vector<std::uint64_t> GetPathCodes(const MolGraph& graph, const PathLimits& limits) {
   PathWalker walker(graph, limits);
   walker.GetCodes().reserve(32 * std::size_t{graph.GetNumAtoms()});
   // A path is met from both of its ends and recorded from the one with the lower number.
@@ -121,15 +124,15 @@ std::vector<PathCode> GetPathCodes(const MolGraph& graph, const PathLimits& limi
   return std::move(walker.GetCodes());
 }
 
-std::vector<PathCode> GetPathCodesFrom(const MolGraph& graph, const PathLimits& limits,
-                                       std::uint32_t atom) {
+std::vector<std::uint64_t> GetPathCodesFrom(const MolGraph& graph, const PathLimits& limits,
+                                            std::uint32_t atom) {
   PathWalker walker(graph, limits);
   walker.Walk(atom, kAnyAtom, kAnyAtom);
   return std::move(walker.GetCodes());
 }
 
-std::vector<PathCode> GetPathCodesFrom(const MolGraph& graph, const PathLimits& limits,
-                                       std::uint32_t begin, std::uint32_t end) {
+std::vector<std::uint64_t> GetPathCodesFrom(const MolGraph& graph, const PathLimits& limits,
+                                            std::uint32_t begin, std::uint32_t end) {
   PathWalker walker(graph, limits);
   walker.Walk(begin, kAnyAtom, end);
   PathLimits longer = limits;
@@ -138,6 +141,25 @@ std::vector<PathCode> GetPathCodesFrom(const MolGraph& graph, const PathLimits& 
   back.Walk(end, kAnyAtom, begin);
   walker.GetCodes().insert(walker.GetCodes().end(), back.GetCodes().begin(), back.GetCodes().end());
   return std::move(walker.GetCodes());
+}
+
+void SortPathCodes(std::vector<std::uint64_t>& codes) {
+  // Two passes of a radix sort put the codes in order by their highest 16 bits; as these are random
+  // there is little left to do, and insertion does that.
+  std::vector<std::uint64_t> other(codes.size());
+  for (const unsigned int shift : {48U, 56U}) {
+    std::array<std::uint32_t, 257> begins{};
+    for (const std::uint64_t code : codes) ++begins[((code >> shift) & 255U) + 1];
+    for (std::size_t digit = 1; digit < begins.size(); ++digit) begins[digit] += begins[digit - 1];
+    for (const std::uint64_t code : codes) other[begins[(code >> shift) & 255U]++] = code;
+    codes.swap(other);
+  }
+  for (std::size_t i = 1; i < codes.size(); ++i) {
+    const std::uint64_t code = codes[i];
+    std::size_t place = i;
+    for (; place > 0 && codes[place - 1] > code; --place) codes[place] = codes[place - 1];
+    codes[place] = code;
+  }
 }
 
 }  // namespace QVLikeness

@@ -17,7 +17,8 @@ namespace {
 constexpr const char* kFingerprintTag = "QVVseprFingerprint";
 
 PathLimits GetLimits(const QVVseprOptions& options) {
-  return {options.GetMinPathLength(), options.GetMaxPathLength(), options.GetForcePathsOut()};
+  return {options.GetMinPathLength(), options.GetMaxPathLength(), options.GetForcePathsOut(),
+          options.GetWeightByLength()};
 }
 
 MolGraph MakeGraph(const QVChem::QVMolBase& mol, const QVVseprOptions& options) {
@@ -82,16 +83,15 @@ void QVVseprFingerprint::Setup(const std::vector<std::uint64_t>& codes,
   FindVolume();
 }
 
-void QVVseprFingerprint::SetFromPaths(std::vector<PathCode> paths, const QVVseprOptions& options) {
+void QVVseprFingerprint::SetFromPaths(std::vector<std::uint64_t> paths,
+                                      const QVVseprOptions& options) {
   options_ = options;
+  SortPathCodes(paths);
   codes_.clear();
   weights_.clear();
-  std::sort(paths.begin(), paths.end(),
-            [](const PathCode& a, const PathCode& b) { return a.code < b.code; });
   for (std::size_t first = 0, last = 0; first < paths.size(); first = last) {
-    while (last < paths.size() && paths[last].code == paths[first].code) ++last;
-    const std::size_t each = options.GetWeightByLength() ? paths[first].numAtoms : 1;
-    Append(paths[first].code, static_cast<double>((last - first) * each));
+    while (last < paths.size() && paths[last] == paths[first]) ++last;
+    Append(paths[first], static_cast<double>(last - first));
   }
   FindVolume();
 }
@@ -189,7 +189,7 @@ std::vector<QVVseprFingerprint> QVGetVseprAtomFingerprints(const QVChem::QVMolBa
   const MolGraph graph = MakeGraph(mol, options);
   std::vector<QVVseprFingerprint> fingerprints(graph.heavyIndices.size());
   for (std::size_t i = 0; i < fingerprints.size(); ++i) {
-    std::vector<PathCode> paths;
+    std::vector<std::uint64_t> paths;
     if (graph.heavyIndices[i] != MolGraph::kHydrogen)
       paths = GetPathCodesFrom(graph, GetLimits(options), graph.heavyIndices[i]);
     fingerprints[i].SetFromPaths(std::move(paths), options);

@@ -31,8 +31,6 @@ class QVMolBase;
 
 namespace QVLikeness {
 
-struct PathCode;
-
 /// Which paths make up a fingerprint. The defaults predict best by cross-validation on measured
 /// activities and partition coefficients (docs/fingerprint.md).
 class QVLIKENESS_EXPORT QVVseprOptions {
@@ -162,7 +160,7 @@ class QVLIKENESS_EXPORT QVVseprFingerprint {
   friend QVLIKENESS_EXPORT std::vector<QVVseprFingerprint> QVGetVseprAtomFingerprints(
       const QVChem::QVMolBase& mol, const QVVseprOptions& options);
 
-  void SetFromPaths(std::vector<PathCode> paths, const QVVseprOptions& options);
+  void SetFromPaths(std::vector<std::uint64_t> paths, const QVVseprOptions& options);
   void Append(std::uint64_t code, double weight);
   void FindVolume();
 

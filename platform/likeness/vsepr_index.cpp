@@ -21,31 +21,26 @@ bool HasCountsOnly(const QVVseprFingerprint& fingerprint) {
   return std::all_of(weights.begin(), weights.end(), isCount);
 }
 
-/// Separate, so that the compiler sees plain arrays without overlap and uses vector instructions.
-template <class Sum, class Weight>
-void AddColumn(const std::uint8_t* __restrict column, std::size_t size, Weight weight,
-               Sum* __restrict shared) {
+/// shared[i] += min(column[i], weight). Separate, so that the compiler sees plain arrays without
+/// overlap and uses vector instructions.
+void AddColumn(const std::uint8_t* __restrict column, std::size_t size, std::uint8_t weight,
+               std::uint16_t* __restrict shared) {
   for (std::size_t i = 0; i < size; ++i)
-    shared[i] = static_cast<Sum>(shared[i] + std::min(static_cast<Weight>(column[i]), weight));
+    shared[i] = static_cast<std::uint16_t>(shared[i] + std::min(column[i], weight));
 }
 
-void AddColumn(const std::uint8_t* column, std::size_t size, double weight, double* shared) {
-  // A fingerprint without the feature shares nothing, also with a negative weight.
-  for (std::size_t i = 0; i < size; ++i)
-    shared[i] += column[i] == 0 ? 0.0 : std::min(static_cast<double>(column[i]), weight);
-}
-
-template <class Sum>
-void AddColumn(const std::vector<std::uint8_t>& column, Sum weight, Sum* shared) {
+void AddColumn(const std::vector<std::uint8_t>& column, std::uint16_t weight,
+               std::uint16_t* shared) {
   // No entry of a column is above 255, so neither is a minimum.
-  AddColumn(
-      column.data(), column.size(),
-      static_cast<std::uint8_t>(std::min<Sum>(weight, std::numeric_limits<std::uint8_t>::max())),
-      shared);
+  constexpr std::uint16_t limit = std::numeric_limits<std::uint8_t>::max();
+  AddColumn(column.data(), column.size(), static_cast<std::uint8_t>(std::min(weight, limit)),
+            shared);
 }
 
 void AddColumn(const std::vector<std::uint8_t>& column, double weight, double* shared) {
-  AddColumn(column.data(), column.size(), weight, shared);
+  // A fingerprint without the feature shares nothing, also with a negative weight.
+  for (std::size_t i = 0; i < column.size(); ++i)
+    shared[i] += column[i] == 0 ? 0.0 : std::min(static_cast<double>(column[i]), weight);
 }
 
 }  // namespace
@@ -53,25 +48,25 @@ void AddColumn(const std::vector<std::uint8_t>& column, double weight, double* s
 std::size_t QVVseprIndex::FindSlot(std::uint64_t code) const {
   const std::size_t mask = table_.size() - 1;
   std::size_t slot = static_cast<std::size_t>(code) & mask;
-  while (table_[slot] != 0 && features_[table_[slot] - 1].code != code) slot = (slot + 1) & mask;
+  while (table_[slot].feature != 0 && table_[slot].code != code) slot = (slot + 1) & mask;
   return slot;
 }
 
 void QVVseprIndex::ResizeTable(std::size_t slots) {
-  table_.assign(slots, 0);
+  table_.assign(slots, {0, 0});
   for (std::size_t i = 0; i < features_.size(); ++i)
-    table_[FindSlot(features_[i].code)] = static_cast<std::uint32_t>(i + 1);
+    table_[FindSlot(features_[i].code)] = {features_[i].code, static_cast<std::uint32_t>(i + 1)};
 }
 
 QVVseprIndex::Feature& QVVseprIndex::GetFeature(std::uint64_t code) {
   if (2 * (features_.size() + 1) > table_.size())
     ResizeTable(std::max<std::size_t>(1024, 2 * table_.size()));
-  std::uint32_t& entry = table_[FindSlot(code)];
-  if (entry == 0) {
+  Slot& slot = table_[FindSlot(code)];
+  if (slot.feature == 0) {
     features_.push_back({code, 0, {}, {}});
-    entry = static_cast<std::uint32_t>(features_.size());
+    slot = {code, static_cast<std::uint32_t>(features_.size())};
   }
-  return features_[entry - 1];
+  return features_[slot.feature - 1];
 }
 
 void QVVseprIndex::Add(const QVVseprFingerprint& fingerprint) {
@@ -83,24 +78,28 @@ void QVVseprIndex::Add(const QVVseprFingerprint& fingerprint) {
   }
   for (std::size_t i = 0; i < fingerprint.GetNumFeatures(); ++i) {
     Feature& feature = GetFeature(fingerprint.GetCodes()[i]);
-    feature.postings.push_back({static_cast<std::uint32_t>(position),
-                                static_cast<std::uint32_t>(fingerprint.GetWeights()[i])});
     ++feature.occurrences;
+    const Posting posting{static_cast<std::uint32_t>(position),
+                          static_cast<std::uint32_t>(fingerprint.GetWeights()[i])};
+    if (feature.column.empty() || !feature.MoveToColumn(posting))
+      feature.postings.push_back(posting);
   }
-  if (volumes_.size() < nextFill_) return;
-  FillColumns();
-  nextFill_ = volumes_.size() + volumes_.size() / 2;
+  if (volumes_.size() < nextColumns_) return;
+  MakeColumns();
+  nextColumns_ = volumes_.size() + volumes_.size() / 4;
 }
 
-void QVVseprIndex::FillColumns() {
+bool QVVseprIndex::Feature::MoveToColumn(const Posting& posting) {
+  if (posting.weight > std::numeric_limits<std::uint8_t>::max()) return false;
+  if (column.size() <= posting.position) column.resize(posting.position + std::size_t{1});
+  column[posting.position] = static_cast<std::uint8_t>(posting.weight);
+  return true;
+}
+
+void QVVseprIndex::MakeColumns() {
   for (Feature& feature : features_) {
-    if (feature.occurrences * kColumnShare < volumes_.size()) continue;
-    feature.column.resize(volumes_.size());
-    const auto moves = [&](const Posting& posting) {
-      if (posting.weight > std::numeric_limits<std::uint8_t>::max()) return false;
-      feature.column[posting.position] = static_cast<std::uint8_t>(posting.weight);
-      return true;
-    };
+    if (!feature.column.empty() || feature.occurrences * kColumnShare < volumes_.size()) continue;
+    const auto moves = [&](const Posting& posting) { return feature.MoveToColumn(posting); };
     feature.postings.erase(std::remove_if(feature.postings.begin(), feature.postings.end(), moves),
                            feature.postings.end());
   }
@@ -111,9 +110,9 @@ void QVVseprIndex::AddShared(const QVVseprFingerprint& query, Sum* shared) const
   if (table_.empty()) return;
   // In the order of the codes, as a merge adds, so that real weights give the same bits too.
   for (std::size_t i = 0; i < query.GetNumFeatures(); ++i) {
-    const std::uint32_t entry = table_[FindSlot(query.GetCodes()[i])];
-    if (entry == 0) continue;
-    const Feature& feature = features_[entry - 1];
+    const std::uint32_t number = table_[FindSlot(query.GetCodes()[i])].feature;
+    if (number == 0) continue;
+    const Feature& feature = features_[number - 1];
     const Sum weight = static_cast<Sum>(query.GetWeights()[i]);
     AddColumn(feature.column, weight, shared);
     using Wide = std::common_type_t<Sum, std::uint32_t>;

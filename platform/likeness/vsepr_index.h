@@ -38,9 +38,12 @@ class QVLIKENESS_EXPORT QVVseprIndex {
     std::uint32_t weight;
   };
 
-  /// Where a feature occurs. The column reaches up to the last fingerprint it was filled for; later
-  /// ones stand in the list, and so do weights that do not fit a byte.
+  /// Where a feature occurs. The column of a frequent one has a weight for each position up to the
+  /// last occurrence; what does not fit a byte stands in the list.
   struct Feature {
+    /// \return false when the weight does not fit.
+    bool MoveToColumn(const Posting& posting);
+
     std::uint64_t code;
     std::size_t occurrences;
     std::vector<Posting> postings;
@@ -53,11 +56,17 @@ class QVLIKENESS_EXPORT QVVseprIndex {
     QVVseprFingerprint fingerprint;
   };
 
+  /// An entry of the hash table: the number of a feature plus 1, or 0 when it is empty.
+  struct Slot {
+    std::uint64_t code;
+    std::uint32_t feature;
+  };
+
   /// The slot of a code in the table, or the empty slot where it would go.
   std::size_t FindSlot(std::uint64_t code) const;
   Feature& GetFeature(std::uint64_t code);
   void ResizeTable(std::size_t slots);
-  void FillColumns();
+  void MakeColumns();
   template <class Sum>
   void AddShared(const QVVseprFingerprint& query, Sum* shared) const;
   template <class Sum, class Finish>
@@ -66,11 +75,10 @@ class QVLIKENESS_EXPORT QVVseprIndex {
   void Dispatch(const QVVseprFingerprint& query, double* results, Finish finish) const;
 
   std::vector<Feature> features_;
-  /// A hash table with open addressing: number of the feature plus 1, or 0 for an empty slot.
-  std::vector<std::uint32_t> table_;
+  std::vector<Slot> table_;  // open addressing
   std::vector<double> volumes_;
   std::vector<Other> others_;
-  std::size_t nextFill_ = 64;
+  std::size_t nextColumns_ = 64;
 };
 
 }  // namespace QVLikeness

@@ -10,29 +10,28 @@
 
 namespace QVLikeness {
 
-/// Which paths are enumerated; lengths in bonds.
+/// Which paths are enumerated, lengths in bonds, and how often each is listed.
 struct PathLimits {
   std::uint32_t minLength;
   std::uint32_t maxLength;
   bool outwards;  // only shortest paths: each step leads farther from the start
+  bool byLength;  // once for each of its atoms
 };
 
-/// A path at one level of detail by its code, the same from either end, and its number of atoms.
-struct PathCode {
-  std::uint64_t code;
-  std::uint32_t numAtoms;
-};
-
-/// Each path of the molecule, once at each level of detail.
-std::vector<PathCode> GetPathCodes(const MolGraph& graph, const PathLimits& limits);
+/// The codes of the paths of a molecule, the same from either end: each path at each of the two
+/// levels of detail.
+std::vector<std::uint64_t> GetPathCodes(const MolGraph& graph, const PathLimits& limits);
 
 /// The paths that start at an atom.
-std::vector<PathCode> GetPathCodesFrom(const MolGraph& graph, const PathLimits& limits,
-                                       std::uint32_t atom);
+std::vector<std::uint64_t> GetPathCodesFrom(const MolGraph& graph, const PathLimits& limits,
+                                            std::uint32_t atom);
 
 /// The paths that start with a bond, from either of its atoms; the bond alone counts once.
-std::vector<PathCode> GetPathCodesFrom(const MolGraph& graph, const PathLimits& limits,
-                                       std::uint32_t begin, std::uint32_t end);
+std::vector<std::uint64_t> GetPathCodesFrom(const MolGraph& graph, const PathLimits& limits,
+                                            std::uint32_t begin, std::uint32_t end);
+
+/// Sorts codes, whose bits are well mixed.
+void SortPathCodes(std::vector<std::uint64_t>& codes);
 
 }  // namespace QVLikeness
 

@@ -80,9 +80,9 @@ class QVLIKENESS_EXPORT QVVseprOptions {
     return *this;
   }
 
-  unsigned int maxPathLength_ = 5;
+  unsigned int maxPathLength_ = 4;
   unsigned int minPathLength_ = 0;
-  bool forcePathsOut_ = false;
+  bool forcePathsOut_ = true;
   bool weightByLength_ = false;
   bool stereoAware_ = false;
 };

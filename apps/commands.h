@@ -32,6 +32,7 @@ using AddCommand = void (*)(CLI::App& program, int& exitCode);
 
 // One declaration for each subcommand, a row of the table in main.cpp.
 void AddPredictCommand(CLI::App& program, int& exitCode);
+void AddReportCommand(CLI::App& program, int& exitCode);
 void AddValidateCommand(CLI::App& program, int& exitCode);
 
 }  // namespace QVApps

@@ -14,6 +14,7 @@ namespace {
 // A subcommand is a file beside this one and a row here.
 constexpr QVApps::AddCommand kCommands[] = {
     &QVApps::AddPredictCommand,
+    &QVApps::AddReportCommand,
     &QVApps::AddValidateCommand,
 };
 

@@ -13,7 +13,7 @@ class SvgWriter {
  public:
   explicit SvgWriter(const QVImage& image) {
     out_ = R"(<?xml version="1.0" encoding="UTF-8"?>)"
-           "\n<svg xmlns=\"http://www.w3.org/2000/svg\"";
+           "\n<svg xmlns=\"http://www.w3.org/2000/svg\" xml:space=\"preserve\"";
     Number(" width", image.GetWidth());
     Number(" height", image.GetHeight());
     out_ += " viewBox=\"0 0 " + Text(image.GetWidth()) + ' ' + Text(image.GetHeight()) +

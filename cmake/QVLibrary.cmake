@@ -72,5 +72,7 @@ function(qvstats_test area)
     GTest::gmock_main)
   target_compile_definitions(${area}_test PRIVATE
     QVSTATS_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
-  gtest_discover_tests(${area}_test DISCOVERY_TIMEOUT 60)
+  # The font library keeps a few patterns until the process ends.
+  gtest_discover_tests(${area}_test DISCOVERY_TIMEOUT 60 PROPERTIES
+    ENVIRONMENT LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0)
 endfunction()

@@ -23,3 +23,8 @@ run "$program" predict --train "$out/known.smi" --values $data/CHEMBL2321810_act
   --neighbours 3 --out "$out/predicted.csv" "$out/held_back.smi"
 printf '\nThe first rows of %s:\n' "$out/predicted.csv"
 head -n 4 "$out/predicted.csv" | cut -c 1-160
+
+# A page for each of the first five, and what it looks like.
+head -n 5 "$out/held_back.smi" >"$out/five.smi"
+run "$program" report --train "$out/known.smi" --values $data/CHEMBL2321810_act.csv --value Act \
+  --classes 5,7 --page slide --out "$out/report.pdf" "$out/five.smi"

@@ -165,4 +165,35 @@ TEST_F(CommandLine, AFullDiskIsAnError) {
   EXPECT_THAT(Read("stderr"), HasSubstr("cannot write"));
 }
 
+TEST_F(CommandLine, ReportsOnEachQuery) {
+  Write("query.csv",
+        "id,smiles,batch\nheptanol,CCCCCCCO,B7\nbroken,C1CC(,B8\nbenzyl,OCc1ccccc1,B9\n");
+  const std::string report = std::string("report --neighbours 4 --classes 0,1.5 ") + kTrain;
+  EXPECT_EQ(Run(report + "--title 'About {id}' --property batch --out page.svg query.csv"), 2)
+      << messages_;
+  EXPECT_THAT(messages_, HasSubstr("query.csv: record 2 (line 3): "));
+  EXPECT_THAT(Read("page.svg"), HasSubstr(">About heptanol<"));
+  EXPECT_THAT(Read("page.svg"), HasSubstr(">B7<"));
+  EXPECT_THAT(Read("page-2.svg"), HasSubstr(">About benzyl<"));
+  EXPECT_EQ(Run(report + "--page slide --no-details --out page.pdf known.smi"), 0) << messages_;
+  EXPECT_THAT(Read("page.pdf"), HasSubstr("/Count 8"));
+}
+
+TEST_F(CommandLine, RefusesReportsThatCannotBeWritten) {
+  Write("none.smi", "C1CC( broken\n");
+  const std::string report = std::string("report ") + kTrain;
+  const struct {
+    const char* arguments;
+    const char* message;
+  } cases[] = {{"--out page.gif known.smi", "page.gif: a report is a .pdf, .png or .svg file"},
+               {"--out no/page.pdf known.smi", "no/page.pdf: there is no directory no"},
+               {"--out page.pdf none.smi", "none.smi: no molecule to report on"}};
+  for (const auto& row : cases) {
+    EXPECT_EQ(Run(report + row.arguments), 1);
+    EXPECT_THAT(messages_, HasSubstr(row.message));
+  }
+  for (const auto& entry : std::filesystem::directory_iterator(directory_))
+    EXPECT_NE(entry.path().filename().string().rfind("page", 0), 0u) << entry.path();
+}
+
 }  // namespace

@@ -40,6 +40,15 @@ bool Prepare(QVChem::QVGraphMol& mol, const QVImageBase& image) {
       mol, QVDepict::QVPrepareDepictionOptions(false, true).SetOrientation(GetOrientation(image)));
 }
 
+/// The molecule with its title and without contributions.
+bool DrawPlainMolecule(QVImageBase& image, const QVMolBase& mol, unsigned int titleLocation) {
+  QVChem::QVGraphMol picture(mol);
+  if (!Prepare(picture, image)) return false;
+  QVDepict::QV2DMolDisplayOptions options(image.GetWidth(), image.GetHeight());
+  options.SetTitleLocation(titleLocation);
+  return QVDepict::QVRenderMolecule(image, QVDepict::QV2DMolDisplay(picture, options));
+}
+
 /// Whether the model left the fingerprints behind that contributions are read from.
 bool HasContributions(const QVMolKrigeResult& result) {
   return result.GetNumElements() > 0 && result.GetElement(0).HasData(QVTrainingFingerprintTag);
@@ -126,21 +135,14 @@ class TrainingPanel {
   bool DrawCell(const QVImageBase& frame, unsigned int element) const {
     const QVImageFrame cell = QVDepict::QVGetInset(frame, 3.0);
     auto [picture, texts] = QVDepict::QVSplitVertically(cell, 0.68);
-    const bool hasMolecule = DrawMolecule(picture, result_.GetElement(element));
+    const bool hasMolecule =
+        DrawPlainMolecule(picture, result_.GetElement(element), QVDepict::QVTitleLocation::Top);
     auto [left, weight] = QVDepict::QVSplitHorizontally(texts, 0.75);
     const bool hasTexts = DrawResponseAndDistance(left, element);
     return DrawWeight(weight, result_.GetElementWeight(element)) && hasMolecule && hasTexts;
   }
 
  private:
-  static bool DrawMolecule(QVImageBase& image, const QVMolBase& mol) {
-    QVChem::QVGraphMol picture(mol);
-    if (!Prepare(picture, image)) return false;
-    QVDepict::QV2DMolDisplayOptions options(image.GetWidth(), image.GetHeight());
-    options.SetTitleLocation(QVDepict::QVTitleLocation::Top);
-    return QVDepict::QVRenderMolecule(image, QVDepict::QV2DMolDisplay(picture, options));
-  }
-
   bool DrawResponseAndDistance(const QVImageBase& image, unsigned int element) const {
     const double response = result_.GetElementResponse(element);
     const std::string caption = format_.GetCaption(response);
@@ -321,7 +323,7 @@ class ReportPage {
     Note(QVDepict::QVDrawTextToFit(caption, "This Molecule", GetBoldFont(captionHeight),
                                    kSmallestText));
     Note(result_.Valid() ? QVKrigeRenderMoleculeWithLegend(picture, result_, mol_, options_)
-                         : QVDepict::QVRenderMolecule(picture, mol_));
+                         : DrawPlainMolecule(picture, mol_, QVDepict::QVTitleLocation::Bottom));
   }
 
   void DrawDistribution(const QVImageBase& frame) {

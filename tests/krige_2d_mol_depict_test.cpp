@@ -406,7 +406,7 @@ TEST(ReportPage, OfAnInvalidResultSaysSo) {
   EXPECT_THAT(sink.GetTexts(QVErrorLevel::Warning),
               ElementsAre("QVKrigeRenderReport, the result for molecule 'ethanol' is not valid, "
                           "there is no prediction to show"));
-  EXPECT_THAT(GetTexts(page), IsSupersetOf({"No Prediction", "Model Quality", "O"}));
+  EXPECT_THAT(GetTexts(page), IsSupersetOf({"No Prediction", "Model Quality", "O", "ethanol"}));
   EXPECT_EQ(sink.GetRecords().size(), 1u);
   QVImage pixel(1.0, 1.0);
   EXPECT_FALSE(QVKrigeRenderReport(pixel, Predict(mol), mol, QVKrigeReportOptions(), 3, 2));

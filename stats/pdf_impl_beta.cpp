@@ -131,20 +131,15 @@ SnedecorsF::Shares SnedecorsF::GetShares(double x) const {
 
 double SnedecorsF::LogDensity(double x) const {
   if (std::isinf(x) && x > 0.0) return -x;
+  if (integral_.HasLargeParams() && x > 0.0) {
+    const Shares shares = GetShares(x);
+    return integral_.LogPower(shares.numerator, shares.denominator) - std::log(x);
+  }
   return logNorm_ + PowerLog(0.5 * numerator_ - 1.0, x) -
          0.5 * (numerator_ + denominator_) * std::log1p(numerator_ * x / denominator_);
 }
 
-double SnedecorsF::Density(double x) const {
-  if (!integral_.HasLargeParams() || !(x > 0.0) || std::isinf(x)) return std::exp(LogDensity(x));
-  const Shares shares = GetShares(x);
-  const double a = 0.5 * numerator_, b = 0.5 * denominator_;
-  // By the smaller share, which has more digits than 1 minus the other.
-  const double slope = shares.numerator < shares.denominator
-                           ? QVMath::QVIncompleteBetaDerivative(a, b, shares.numerator)
-                           : QVMath::QVIncompleteBetaDerivative(b, a, shares.denominator);
-  return slope * shares.denominator * shares.denominator * numerator_ / denominator_;
-}
+double SnedecorsF::Density(double x) const { return std::exp(LogDensity(x)); }
 
 double SnedecorsF::CDF(double x) const {
   const Shares shares = GetShares(x);
@@ -205,14 +200,12 @@ bool Beta::SetParams(const double* params) {
 }
 
 double Beta::LogDensity(double x) const {
+  if (integral_.HasLargeParams() && x > 0.0 && x < 1.0)
+    return integral_.LogPower(x, 1.0 - x) - std::log(x) - std::log1p(-x);
   return PowerLog(alpha_ - 1.0, x) + PowerLog(beta_ - 1.0, 1.0 - x) - integral_.GetLogBeta();
 }
 
-double Beta::Density(double x) const {
-  if (integral_.HasLargeParams() && x > 0.0 && x < 1.0)
-    return QVMath::QVIncompleteBetaDerivative(alpha_, beta_, x);
-  return std::exp(LogDensity(x));
-}
+double Beta::Density(double x) const { return std::exp(LogDensity(x)); }
 
 double Beta::UpperTailPercentile(double q) const {
   if (q == 0.0 || q == 1.0) return 1.0 - q;

@@ -18,14 +18,11 @@ bool Gamma::SetParams(const double* params) {
 
 double Gamma::LogDensity(double x) const {
   if (std::isinf(x) && x > 0.0) return -x;
+  if (integral_.HasLargeParams() && x > 0.0) return integral_.LogPower(rate_ * x) - std::log(x);
   return logNorm_ + PowerLog(shape_ - 1.0, x) - rate_ * x;
 }
 
-double Gamma::Density(double x) const {
-  if (integral_.HasLargeParams() && x > 0.0 && std::isfinite(x))
-    return rate_ * QVMath::QVIncompleteGammaDerivative(shape_, rate_ * x);
-  return std::exp(LogDensity(x));
-}
+double Gamma::Density(double x) const { return std::exp(LogDensity(x)); }
 
 double Gamma::UpperTailPercentile(double q) const {
   if (q == 0.0) return kInfinity;

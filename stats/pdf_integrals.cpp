@@ -48,6 +48,23 @@ double GammaContinuedFraction(double a, double y) {
   return value;
 }
 
+constexpr double kHalfLogTwoPi = 0.9189385332046727;
+
+/// What Stirling's formula for log Gamma(a) leaves over.
+/// Source: Abramowitz and Stegun, 6.1.41.
+double GetStirlingError(double a) {
+  constexpr double kLarge = 16.0;
+  if (a < kLarge) return QVMath::QVlgamma(a) - ((a - 0.5) * std::log(a) - a + kHalfLogTwoPi);
+  const double r = 1.0 / (a * a);
+  return (1.0 / 12 - r * (1.0 / 360 - r * (1.0 / 1260 - r * (1.0 / 1680 - r / 1188)))) / a;
+}
+
+/// log(ratio) - u for ratio = 1 + u, each given with its own digits.
+double LogMinusDistance(double ratio, double u) {
+  constexpr double kNear = 0.5;
+  return std::abs(u) < kNear ? QVMath::QVLogOnePlusMinus(u) : std::log(ratio) - u;
+}
+
 /// log(q) given q and p = 1 - q.
 double LogOfShare(double q, double p) { return q > 0.5 ? std::log1p(-p) : std::log(q); }
 
@@ -88,9 +105,21 @@ void BetaIntegral::SetParams(double a, double b) {
   upperSeries_.SetRatios([=](double k) { return (a + b + k) / (b + 1.0 + k); });
 }
 
+double BetaIntegral::LogPower(double x, double y) const {
+  if (!large_) return a_ * std::log(x) + b_ * std::log(y) - logBeta_;
+  // About the maximum at x = a / n the large terms cancel: with u = x n / a - 1, v = y n / b - 1,
+  // a u + b v = 0, so that a log(1 + u) + b log(1 + v) is a sum of small terms.
+  // Source: C. Loader, "Fast and Accurate Computation of Binomial Probabilities", 2000.
+  const double n = a_ + b_;
+  const double distance = x < y ? x * n - a_ : b_ - y * n;
+  return a_ * LogMinusDistance(x * n / a_, distance / a_) +
+         b_ * LogMinusDistance(y * n / b_, -distance / b_) + 0.5 * std::log(a_ / n * b_) -
+         kHalfLogTwoPi + GetStirlingError(n) - GetStirlingError(a_) - GetStirlingError(b_);
+}
+
 double BetaIntegral::Lower(double x, double y) const {
   if (!large_ && x > 0.0 && y > 0.0) {
-    const double power = std::exp(a_ * std::log(x) + b_ * std::log(y) - logBeta_);
+    const double power = std::exp(LogPower(x, y));
     constexpr double kShortSeries = 0.62;
     double total;
     if (x < kShortSeries && lowerSeries_.Sum(x, total)) return power * total / a_;
@@ -134,12 +163,18 @@ void GammaIntegral::SetParams(double a) {
   series_.SetRatios([=](double k) { return 1.0 / (a + 1.0 + k); });
 }
 
+double GammaIntegral::LogPower(double y) const {
+  if (!large_) return a_ * std::log(y) - y - logGamma_;
+  return a_ * LogMinusDistance(y / a_, (y - a_) / a_) + 0.5 * std::log(a_) - kHalfLogTwoPi -
+         GetStirlingError(a_);
+}
+
 double GammaIntegral::Lower(double y) const {
   if (std::isinf(y) && y > 0.0) return 1.0;
   // Beyond this bound the series is long, and the distribution function near 1.
   double total;
   if (!large_ && y > 0.0 && y < 3.0 * a_ + 20.0 && series_.Sum(y, total))
-    return std::exp(a_ * std::log(y) - y - logGamma_) * total / a_;
+    return std::exp(LogPower(y)) * total / a_;
   return std::isnan(y) ? y : QVMath::QVIncompleteGamma(a_, y);
 }
 
@@ -153,7 +188,7 @@ double GammaIntegral::LogUpper(double y) const {
   const double upper = Upper(y);
   if (upper > kSmallestShare) return LogOfShare(upper, upper > 0.5 ? Lower(y) : 0.0);
   if (std::isinf(y)) return -y;
-  return a_ * std::log(y) - y - logGamma_ + std::log(GammaContinuedFraction(a_, y));
+  return LogPower(y) + std::log(GammaContinuedFraction(a_, y));
 }
 
 }  // namespace QVLaws

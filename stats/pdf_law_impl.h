@@ -95,7 +95,10 @@ class QVLawOnPath {
       density = density_;
       return true;
     }
-    if (!started_ || !QVLaws::StepAlong(law_.GetSlope(x_), x - x_, cdf_, density_)) {
+    // With large parameters the distribution function has an error of its own, and steps from one
+    // value of it would not meet another.
+    if (!started_ || !law_.HasPowerDensity() ||
+        !QVLaws::StepAlong(law_.GetSlope(x_), x - x_, cdf_, density_)) {
       cdf_ = law_.CDF(x);
       density_ = law_.Density(x);
     }

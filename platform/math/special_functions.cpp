@@ -5,6 +5,7 @@
 #include <boost/math/special_functions/digamma.hpp>
 #include <boost/math/special_functions/erf.hpp>
 #include <boost/math/special_functions/gamma.hpp>
+#include <boost/math/special_functions/log1p.hpp>
 #include <boost/math/special_functions/trigamma.hpp>
 #include <cmath>
 #include <limits>
@@ -47,12 +48,7 @@ double QVLogBeta(double a, double b) {
   if (beta > std::numeric_limits<double>::min()) return std::log(beta);
   return QVlgamma(small) + QVlgamma(large) - QVlgamma(a + b);
 }
-double QVIncompleteGammaDerivative(double a, double x) {
-  return boost::math::gamma_p_derivative(a, x, Quiet());
-}
-double QVIncompleteBetaDerivative(double a, double b, double x) {
-  return boost::math::ibeta_derivative(a, b, x, Quiet());
-}
+double QVLogOnePlusMinus(double x) { return boost::math::log1pmx(x, Quiet()); }
 double QVerfcInverse(double q) { return boost::math::erfc_inv(q, Quiet()); }
 double QVIncompleteGammaComplementInverse(double a, double q) {
   return boost::math::gamma_q_inv(a, q, Quiet());

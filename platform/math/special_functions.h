@@ -32,10 +32,8 @@ QVMATH_EXPORT double QVIncompleteGammaComplement(double a, double x);
 /// log B(a, b) = log Gamma(a) + log Gamma(b) - log Gamma(a + b), with the digits that the
 /// differences of large terms would lose; a > 0, b > 0.
 QVMATH_EXPORT double QVLogBeta(double a, double b);
-/// The derivative of P(a, x) by x, x^(a - 1) exp(-x) / Gamma(a), right for large a too.
-QVMATH_EXPORT double QVIncompleteGammaDerivative(double a, double x);
-/// The derivative of I_x(a, b) by x, x^(a - 1) (1 - x)^(b - 1) / B(a, b), right for large a, b too.
-QVMATH_EXPORT double QVIncompleteBetaDerivative(double a, double b, double x);
+/// log(1 + x) - x, with the digits of a small x; x > -1.
+QVMATH_EXPORT double QVLogOnePlusMinus(double x);
 /// The x with 1 - erf(x) = q, 0 <= q <= 2.
 QVMATH_EXPORT double QVerfcInverse(double q);
 /// The x with Q(a, x) = q, 0 <= q <= 1.

@@ -80,6 +80,8 @@ class BetaIntegral {
   /// log I_x(a, b), also where I_x(a, b) underflows.
   double LogLower(double x, double y) const;
   double LogUpper(double x, double y) const;
+  /// log(x^a y^b / B(a, b)).
+  double LogPower(double x, double y) const;
   double GetLogBeta() const { return logBeta_; }
   /// Whether a and b are so large that x^a y^b / B(a, b) loses digits as the exponential of a sum.
   bool HasLargeParams() const { return large_; }
@@ -102,6 +104,8 @@ class GammaIntegral {
   double Upper(double y) const;
   /// log Q(a, y), also where Q(a, y) underflows.
   double LogUpper(double y) const;
+  /// log(y^a exp(-y) / Gamma(a)).
+  double LogPower(double y) const;
   double GetLogGamma() const { return logGamma_; }
   /// Whether a is so large that y^a exp(-y) / Gamma(a) loses digits as the exponential of a sum.
   bool HasLargeParams() const { return large_; }

@@ -80,9 +80,7 @@ class Painter {
     SetColor(font.GetColor());
     cairo_translate(context_, drawing.points.front().x, drawing.points.front().y);
     cairo_rotate(context_, -font.GetRotation() * kRadiansPerDegree);
-    const double shift = font.GetAlignment() == QVAlignment::Center  ? 0.5
-                         : font.GetAlignment() == QVAlignment::Right ? 1.0
-                                                                     : 0.0;
+    const double shift = GetAnchorShare(font);
     cairo_move_to(context_, shift > 0.0 ? -shift * QVMeasureText(drawing.text, font).width : 0.0,
                   0.0);
     cairo_show_text(context_, drawing.text.c_str());

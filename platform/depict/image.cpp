@@ -12,7 +12,7 @@ bool IsFinite(const QV2DPoint& point) { return std::isfinite(point.x) && std::is
 
 double PositiveOr1(double length) { return std::isfinite(length) && length > 0.0 ? length : 1.0; }
 
-/// A font size so small that its letters cannot be told apart is of no use as a fit.
+/// The size at which fits are measured.
 constexpr double kEmSize = 100.0;
 
 }  // namespace
@@ -179,9 +179,7 @@ bool QVDrawTextToFit(QVImageBase& image, const std::string& text, const QVFont& 
   if (size <= 0.0) return false;
   const QVFont fitted = QVFont(font).SetSize(size);
   const QVTextExtents extents = QVMeasureText(text, fitted);
-  const double share = font.GetAlignment() == QVAlignment::Center  ? 0.5
-                       : font.GetAlignment() == QVAlignment::Right ? 1.0
-                                                                   : 0.0;
+  const double share = GetAnchorShare(font);
   return image.DrawText(
       {share * image.GetWidth(), 0.5 * (image.GetHeight() + extents.ascent - extents.descent)},
       text, fitted);

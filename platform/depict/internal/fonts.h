@@ -14,6 +14,12 @@ std::string ToPrintableUtf8(const std::string& text);
 
 /// The family that is asked of the system, which answers with its nearest one.
 const char* GetFamilyName(const QVFont& font);
+/// How much of a text stands left of its anchor: 0, 0.5 or 1.
+inline double GetAnchorShare(const QVFont& font) {
+  if (font.GetAlignment() == QVAlignment::Center) return 0.5;
+  return font.GetAlignment() == QVAlignment::Right ? 1.0 : 0.0;
+}
+
 bool IsBold(const QVFont& font);
 bool IsItalic(const QVFont& font);
 

@@ -34,6 +34,8 @@ using AddCommand = void (*)(CLI::App& program, int& exitCode);
 void AddPredictCommand(CLI::App& program, int& exitCode);
 void AddReportCommand(CLI::App& program, int& exitCode);
 void AddValidateCommand(CLI::App& program, int& exitCode);
+void AddSimilarityCommand(CLI::App& program, int& exitCode);
+void AddTableCommand(CLI::App& program, int& exitCode);
 
 }  // namespace QVApps
 

@@ -16,6 +16,10 @@ constexpr QVApps::AddCommand kCommands[] = {
     &QVApps::AddPredictCommand,
     &QVApps::AddReportCommand,
     &QVApps::AddValidateCommand,
+    // clang-format off: one row a line, so that additions merge.
+    QVApps::AddSimilarityCommand,
+    QVApps::AddTableCommand,
+    // clang-format on
 };
 
 int Run(int argc, char** argv) {

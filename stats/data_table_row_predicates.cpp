@@ -1,6 +1,7 @@
 #include "stats/api/data_table_row_predicates.h"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 #include <type_traits>
 
@@ -36,10 +37,19 @@ void EvaluateBoth(bool decided, const QVDataTableRowPredBase* first,
     std::fill_n(holds, rows.size(), static_cast<unsigned char>(0));
     return;
   }
+  std::array<unsigned char, kBlock> answers;
   for (std::size_t from = 0; from < rows.size(); from += kBlock) {
     const QVRowNumbers block = rows.Slice(from, std::min(kBlock, rows.size() - from));
     first->Evaluate(block, holds + from);
-    EvaluateWhere(decided ? 0 : 1, *second, block, holds + from);
+    if (!second->IsFreeOfEffects()) {
+      EvaluateWhere(decided ? 0 : 1, *second, block, holds + from);
+      continue;
+    }
+    second->Evaluate(block, answers.data());
+    for (std::size_t i = 0; i < block.size(); ++i) {
+      unsigned char& one = holds[from + i];
+      one = static_cast<unsigned char>(decided ? one | answers[i] : one & answers[i]);
+    }
   }
 }
 

@@ -273,8 +273,10 @@ std::string QVSingleArgColTransform::EvaluateString(std::size_t row, std::size_t
 void QVSingleArgColTransform::EvaluateDoubles(const QVRowNumbers& rows, std::size_t col,
                                               double* values) const {
   if (!TakesDoubles(*transform_)) return QVDataTableColBase::GetDoubles(rows, col, values);
-  GetArguments()[0].GetImpl()->GetDoubles(rows, col, values);
-  transform_->GetDoubles(values, rows.size(), values);
+  // Separate arrays, so that the loop of a transform can be vectorised.
+  std::array<double, kBlock> x;
+  GetArguments()[0].GetImpl()->GetDoubles(rows, col, x.data());
+  transform_->GetDoubles(x.data(), rows.size(), values);
 }
 
 void QVSingleArgColTransform::EvaluateUnsigneds(const QVRowNumbers& rows, std::size_t col,
@@ -324,10 +326,11 @@ std::string QVTransformTwoColsIntoOne::EvaluateString(std::size_t row, std::size
 void QVTransformTwoColsIntoOne::EvaluateDoubles(const QVRowNumbers& rows, std::size_t col,
                                                 double* values) const {
   if (!TakesDoubles(*transform_)) return QVDataTableColBase::GetDoubles(rows, col, values);
+  std::array<double, kBlock> x;
   std::array<double, kBlock> y;
-  GetArguments()[0].GetImpl()->GetDoubles(rows, col, values);
+  GetArguments()[0].GetImpl()->GetDoubles(rows, col, x.data());
   GetArguments()[1].GetImpl()->GetDoubles(rows, col, y.data());
-  transform_->GetDoubles(values, y.data(), rows.size(), values);
+  transform_->GetDoubles(x.data(), y.data(), rows.size(), values);
 }
 
 void QVTransformTwoColsIntoOne::EvaluateUnsigneds(const QVRowNumbers& rows, std::size_t col,

@@ -30,6 +30,9 @@ class QVSTATS_EXPORT QVDataTableRowPredBase : public QVSystem::QVUnaryPredicate<
 
   /// holds[i] tells whether the condition holds for rows[i], 1 or 0, as single calls would tell.
   virtual void Evaluate(const QVRowNumbers& rows, unsigned char* holds) const;
+  /// Whether the condition may be evaluated for rows that no one asked about, since that has no
+  /// effect: a combination then evaluates whole columns at a time.
+  virtual bool IsFreeOfEffects() const { return false; }
   /// The rows for which the condition holds, in order.
   std::vector<std::size_t> Select(const QVRowNumbers& rows) const;
 };
@@ -42,6 +45,7 @@ class QVSTATS_EXPORT QVRowColPredOf : public QVDataTableRowPredBase {
   bool operator()(const QVDataTableRow& row) const override;
   QVRowColPredOf* CreateCopy() const override;
   void Evaluate(const QVRowNumbers& rows, unsigned char* holds) const override;
+  bool IsFreeOfEffects() const override { return true; }
 
  protected:
   /// The null column.
@@ -55,7 +59,7 @@ class QVSTATS_EXPORT QVRowColPredOf : public QVDataTableRowPredBase {
 
 /// cell == value. By default the value is 0 or "" and the column the null column.
 template <class Value>
-class QVRowColEquals : public QVRowColPredOf<QVRowColEquals<Value>, Value> {
+class QVSTATS_EXPORT QVRowColEquals : public QVRowColPredOf<QVRowColEquals<Value>, Value> {
  public:
   QVRowColEquals() = default;
   QVRowColEquals(const Value& value, const QVDataTableCol& column, std::size_t j)
@@ -88,7 +92,8 @@ class QVSTATS_EXPORT QVRowColEqualsDouble : public QVRowColPredOf<QVRowColEquals
 
 /// low <= cell <= high; texts in byte-wise order. By default the bounds are 0 or "".
 template <class Value>
-class QVRowColWithinInclRange : public QVRowColPredOf<QVRowColWithinInclRange<Value>, Value> {
+class QVSTATS_EXPORT QVRowColWithinInclRange
+    : public QVRowColPredOf<QVRowColWithinInclRange<Value>, Value> {
  public:
   QVRowColWithinInclRange() = default;
   QVRowColWithinInclRange(const Value& low, const Value& high, const QVDataTableCol& column,
@@ -96,7 +101,9 @@ class QVRowColWithinInclRange : public QVRowColPredOf<QVRowColWithinInclRange<Va
       : QVRowColPredOf<QVRowColWithinInclRange, Value>(column, j), low_(low), high_(high) {}
   template <class Cell>
   bool Holds(const Cell& cell) const {
-    return low_ <= cell && cell <= high_;
+    const bool notBelow = low_ <= cell;
+    const bool notAbove = cell <= high_;
+    return notBelow & notAbove;
   }
 
  private:
@@ -129,6 +136,9 @@ class QVSTATS_EXPORT QVAndOfDataTableRowPreds : public QVDataTableRowPredBase {
   bool operator()(const QVDataTableRow& row) const override;
   QVAndOfDataTableRowPreds* CreateCopy() const override;
   void Evaluate(const QVRowNumbers& rows, unsigned char* holds) const override;
+  bool IsFreeOfEffects() const override {
+    return first_ && second_ && first_->IsFreeOfEffects() && second_->IsFreeOfEffects();
+  }
 
  private:
   QVSystem::QVCopyPtr<QVDataTableRowPredBase> first_;
@@ -144,6 +154,9 @@ class QVSTATS_EXPORT QVOrOfDataTableRowPreds : public QVDataTableRowPredBase {
   bool operator()(const QVDataTableRow& row) const override;
   QVOrOfDataTableRowPreds* CreateCopy() const override;
   void Evaluate(const QVRowNumbers& rows, unsigned char* holds) const override;
+  bool IsFreeOfEffects() const override {
+    return first_ && second_ && first_->IsFreeOfEffects() && second_->IsFreeOfEffects();
+  }
 
  private:
   QVSystem::QVCopyPtr<QVDataTableRowPredBase> first_;
@@ -157,6 +170,7 @@ class QVSTATS_EXPORT QVNotOfDataTableRowPred : public QVDataTableRowPredBase {
   bool operator()(const QVDataTableRow& row) const override;
   QVNotOfDataTableRowPred* CreateCopy() const override;
   void Evaluate(const QVRowNumbers& rows, unsigned char* holds) const override;
+  bool IsFreeOfEffects() const override { return operand_ && operand_->IsFreeOfEffects(); }
 
  private:
   QVSystem::QVCopyPtr<QVDataTableRowPredBase> operand_;

@@ -17,6 +17,7 @@ constexpr QVApps::AddCommand kCommands[] = {
     &QVApps::AddReportCommand,
     &QVApps::AddValidateCommand,
     // clang-format off: one row a line, so that additions merge.
+    // clang-format off
     QVApps::AddSimilarityCommand,
     QVApps::AddTableCommand,
     // clang-format on

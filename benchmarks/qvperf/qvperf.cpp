@@ -14,7 +14,7 @@ namespace QVPerf {
 namespace {
 
 // A workload is a file beside this one and a row here.
-// clang-format off: one row a line, so that additions merge.
+// clang-format off
 constexpr Workload kWorkloads[] = {
     {"auc", RunAUC},
     {"csv", RunCsv},

@@ -12,16 +12,15 @@
 namespace {
 
 // A subcommand is a file beside this one and a row here.
+// clang-format off
 constexpr QVApps::AddCommand kCommands[] = {
     &QVApps::AddPredictCommand,
     &QVApps::AddReportCommand,
+    &QVApps::AddSimilarityCommand,
+    &QVApps::AddTableCommand,
     &QVApps::AddValidateCommand,
-    // clang-format off: one row a line, so that additions merge.
-    // clang-format off
-    QVApps::AddSimilarityCommand,
-    QVApps::AddTableCommand,
-    // clang-format on
 };
+// clang-format on
 
 int Run(int argc, char** argv) {
   CLI::App program("Statistical modelling for cheminformatics: predictions with an error bar.",

@@ -66,7 +66,7 @@ void QVDataTableFileStatus::Fill() {
   std::vector<char> grown;
   if (buffer_.size() < kept + kBlockBytes + 1) grown.resize(2 * kept + kBlockBytes + 1);
   std::vector<char>& target = grown.empty() ? buffer_ : grown;
-  std::memmove(target.data(), buffer_.data() + next_, kept);
+  if (kept > 0) std::memmove(target.data(), buffer_.data() + next_, kept);
   if (!grown.empty()) buffer_.swap(grown);
   offset_ += next_;
   next_ = 0;

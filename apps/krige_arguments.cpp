@@ -172,6 +172,18 @@ std::vector<const TrainingMolecule*> PointTo(const std::vector<TrainingMolecule>
   return pointers;
 }
 
+std::size_t TrainFor(const std::string& query, const KrigeArguments& arguments,
+                     KrigePredictor& predictor) {
+  if (arguments.train == "-" && query == "-")
+    throw Failure("training and queries cannot both come from the standard input");
+  std::size_t refused = 0;
+  const auto training = ReadTraining(arguments, predictor, refused);
+  if (!predictor.Train(PointTo(training)))
+    throw Failure(arguments.train + ": a model cannot be trained on these " +
+                  std::to_string(training.size()) + " molecules");
+  return refused;
+}
+
 std::string DescribeKernel(const QVStats::QVKrigeKernelBase& kernel) {
   return kernel.GetName() + QVSystem::QVFormat(": range %.4g, sill %.4g, nugget %.4g",
                                                kernel.GetRange(), kernel.GetSill(),

@@ -83,6 +83,11 @@ std::vector<TrainingMolecule> ReadTraining(const KrigeArguments& arguments,
 /// Pointers to all of them.
 std::vector<const TrainingMolecule*> PointTo(const std::vector<TrainingMolecule>& molecules);
 
+/// Reads the training file and trains the model for the molecules of the file `query`. Throws
+/// Failure with the reason when it cannot. \return how many training records were refused.
+std::size_t TrainFor(const std::string& query, const KrigeArguments& arguments,
+                     KrigePredictor& predictor);
+
 /// "Exponential: range 0.5, sill 1, nugget 0".
 std::string DescribeKernel(const QVStats::QVKrigeKernelBase& kernel);
 

@@ -92,16 +92,8 @@ class QueryPredictor {
 };
 
 int Predict(const PredictArguments& arguments) {
-  if (arguments.train == "-" && arguments.query == "-")
-    throw Failure("training and queries cannot both come from the standard input");
   KrigePredictor predictor(arguments);
-  std::size_t refused = 0;
-  {
-    const auto training = ReadTraining(arguments, predictor, refused);
-    if (!predictor.Train(PointTo(training)))
-      throw Failure(arguments.train + ": a model cannot be trained on these " +
-                    std::to_string(training.size()) + " molecules");
-  }
+  const std::size_t refused = TrainFor(arguments.query, arguments, predictor);
   QueryPredictor queries(arguments, predictor);
   queries.Run();
   if (queries.GetSummary().GetCount() != 0) queries.GetSummary().Print(std::cerr);

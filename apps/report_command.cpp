@@ -163,14 +163,8 @@ class QueryReporter {
 
 int Report(const ReportArguments& arguments) {
   CheckOut(arguments.out);
-  if (arguments.train == "-" && arguments.query == "-")
-    throw Failure("training and queries cannot both come from the standard input");
   KrigePredictor predictor(arguments);
-  std::size_t refused = 0;
-  const auto training = ReadTraining(arguments, predictor, refused);
-  if (!predictor.Train(PointTo(training)))
-    throw Failure(arguments.train + ": a model cannot be trained on these " +
-                  std::to_string(training.size()) + " molecules");
+  const std::size_t refused = TrainFor(arguments.query, arguments, predictor);
   QueryReporter reporter(arguments, predictor);
   reporter.Run();
   return refused + reporter.GetNumRefused() == 0 ? kDone : kSomeRefused;

@@ -161,12 +161,13 @@ struct QVRanVarFamily {
   static constexpr std::size_t NumTypes = std::size(table);
   static constexpr const QVRanVarDescription* Descriptions = table;
 
-  /// NameOf[type], type below NumTypes.
-  static constexpr struct {
+  /// The names by the type of the variable, which is below NumTypes.
+  struct Names {
     constexpr const char* operator[](std::size_t ranVarType) const {
       return table[ranVarType].name;
     }
-  } NameOf = {};
+  };
+  static constexpr Names NameOf = {};
 };
 
 using QVRanVarVec = std::vector<QVRanVar>;

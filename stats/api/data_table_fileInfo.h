@@ -255,7 +255,8 @@ class QVSTATS_EXPORT QVDataTableFileInfo {
 
 /// Loaders. Each adds "LineNumbers" and the columns of the file to the table; on failure, which
 /// names the loader without its prefix and reports where in the file it happened, the table gets no
-/// column of the file that failed. Lines that are blank or begin with % are skipped.
+/// column of the file; but a column that the table refuses (DuplicateNames) leaves those before it
+/// in the table. Lines that are blank or begin with % are skipped.
 ///
 /// ARFF: "@ATTRIBUTE name type" lines (numeric types are ratio columns, STRING and DATE identifier
 /// columns, {a, b} nominal columns of these categories), "@DATA", then fields between commas and

@@ -82,7 +82,7 @@ struct QVDataTableReadReport {
 /// - ArgumentValueWrong: a bad row, with the policy Stop.
 /// - ColumnNotFound: the schema names a column that the file does not have.
 /// - NoData: the file has no header, cannot be read, or is damaged.
-/// - DuplicateNames: two columns have the same name.
+/// - DuplicateNames: two columns have the same name; those before the second stay in the table.
 /// and those of QVDataTableFileInfo for an ARFF header.
 QVSTATS_EXPORT QVStatModelResult QVReadDataTable(QVDataTable& table, QVPlatform::qvifstream& in,
                                                  const std::string& fileName,

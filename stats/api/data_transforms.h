@@ -123,15 +123,20 @@ class QVTransformByFormula : public QVDoubleResultOfDoubleArg {
   QVTransformByFormula* CreateCopy() const override { return new QVTransformByFormula(*this); }
   std::string GetTransformName() const override { return Formula::kName; }
   std::vector<double> GetParameters() const override { return parameters_; }
-  double GetDouble(double x) const override {
-    const bool sentinel = x == QVStatsBadData::MissingDouble || x == QVStatsBadData::BadDouble;
-    return sentinel ? x : formula_(x);
-  }
+  double GetDouble(double x) const override { return Evaluate(formula_, x); }
   void GetDoubles(const double* x, std::size_t n, double* results) const override {
-    for (std::size_t i = 0; i < n; ++i) results[i] = QVTransformByFormula::GetDouble(x[i]);
+    // A copy: the results cannot overwrite its parameters, so the loop can be vectorised.
+    const Formula formula = formula_;
+    for (std::size_t i = 0; i < n; ++i) results[i] = Evaluate(formula, x[i]);
   }
 
  private:
+  static double Evaluate(const Formula& formula, double x) {
+    const bool missing = x == QVStatsBadData::MissingDouble;
+    const bool bad = x == QVStatsBadData::BadDouble;
+    return missing | bad ? x : formula(x);
+  }
+
   Formula formula_;
   std::vector<double> parameters_;
 };
@@ -170,8 +175,9 @@ class QVTransformOfTwoByFormula : public QVDoubleResultOfTwoDoubleArgs {
   std::string GetTransformName() const override { return Formula::kName; }
   double GetDouble(double x, double y) const override {
     using namespace QVStatsBadData;
-    if (x == MissingDouble || y == MissingDouble) return MissingDouble;
-    return x == BadDouble || y == BadDouble ? BadDouble : Formula::Evaluate(x, y);
+    const bool missing = (x == MissingDouble) | (y == MissingDouble);
+    const bool bad = (x == BadDouble) | (y == BadDouble);
+    return missing ? MissingDouble : bad ? BadDouble : Formula::Evaluate(x, y);
   }
   void GetDoubles(const double* x, const double* y, std::size_t n, double* results) const override {
     for (std::size_t i = 0; i < n; ++i)

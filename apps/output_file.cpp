@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <iostream>
 #include <utility>
 
@@ -16,13 +17,17 @@ namespace QVApps {
 
 OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
   if (IsStandardOutput()) return;
-  temporaryPath_ = path_ + ".part" + std::to_string(getpid());
+  std::error_code error;
+  const auto status = std::filesystem::status(path_, error);
+  const bool isDevice =
+      std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
+  temporaryPath_ = isDevice ? path_ : path_ + ".part" + std::to_string(getpid());
   file_.open(temporaryPath_, std::ios::binary);
   if (!file_) throw Failure("cannot write " + path_ + ": " + std::strerror(errno));
 }
 
 OutputFile::~OutputFile() {
-  if (IsStandardOutput() || committed_) return;
+  if (IsStandardOutput() || committed_ || temporaryPath_ == path_) return;
   file_.close();
   std::remove(temporaryPath_.c_str());
 }
@@ -41,7 +46,7 @@ void OutputFile::Commit() {
   if (IsStandardOutput()) return;
   file_.close();
   Check();
-  if (std::rename(temporaryPath_.c_str(), path_.c_str()) != 0)
+  if (temporaryPath_ != path_ && std::rename(temporaryPath_.c_str(), path_.c_str()) != 0)
     throw Failure("cannot write " + path_ + ": " + std::strerror(errno));
   committed_ = true;
 }

@@ -12,7 +12,8 @@
 namespace QVApps {
 
 /// A text file that is written under a temporary name beside its own and renamed when it is
-/// complete; a run that fails leaves nothing behind. "-" is standard output.
+/// complete; a run that fails leaves nothing behind. "-" is standard output; a device or a pipe is
+/// written to directly.
 class OutputFile {
  public:
   /// Throws Failure when the file cannot be created.

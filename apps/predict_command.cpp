@@ -2,6 +2,7 @@
 #include <cmath>
 #include <iostream>
 #include <memory>
+#include <optional>
 
 #include "apps/commands.h"
 #include "apps/krige_arguments.h"
@@ -30,20 +31,33 @@ class QueryPredictor {
     WriteCsvRow(out_.GetStream(), head);
   }
 
+  /// A fault of the query file itself ends the run; the records before it keep their rows, and a
+  /// last row says what happened.
   void Run() {
     MoleculeSource source(arguments_.query, MakeSourceOptions(arguments_));
     Progress progress("predicting", 0, arguments_.quiet);
     constexpr std::size_t kBlock = 64;
     std::vector<MoleculeRecord> block;
+    std::optional<Failure> fault;
+    std::size_t done = 0;
     for (bool more = true; more;) {
       block.resize(kBlock);
       std::size_t size = 0;
-      while (size < kBlock && (more = source.Next(block[size]))) ++size;
+      try {
+        while (size < kBlock && (more = source.Next(block[size]))) ++size;
+      } catch (const Failure& failure) {
+        fault = failure;
+        more = false;
+      }
       block.resize(size);
       PredictBlock(source, block);
       progress.Step(size);
+      done += size;
     }
+    if (fault && done == 0) throw *fault;
+    if (fault) WriteRow(MoleculeRecord(), QVStats::QVMolKrigeResult(), fault->what());
     out_.Commit();
+    if (fault) throw *fault;
   }
 
   std::size_t GetNumRefused() const { return refused_; }

@@ -148,6 +148,22 @@ TEST_F(CommandLine, SaysWhatIsWrongAndWritesNothing) {
   EXPECT_THAT(messages_, HasSubstr("cannot write no/such/out.csv"));
 }
 
+TEST_F(CommandLine, AQueryFileThatBreaksOffKeepsWhatCameBefore) {
+  std::string lines;
+  for (int i = 0; i < 2000; ++i) lines += "CCCCO butanol" + std::to_string(i * 7919) + "\n";
+  Write("whole.smi", lines);
+  ASSERT_EQ(std::system(
+                ("cd '" + directory_.string() + "' && gzip -c whole.smi | head -c 3000 > q.smi.gz")
+                    .c_str()),
+            0);
+  EXPECT_EQ(Run(std::string("predict --neighbours 0 --out out.csv ") + kTrain + "q.smi.gz"), 1);
+  EXPECT_THAT(messages_, HasSubstr("q.smi.gz: the gzip file is truncated"));
+  const auto rows = Lines(Read("out.csv"));
+  ASSERT_GT(rows.size(), 100u);
+  EXPECT_EQ(rows[1].rfind("butanol0,CCCCO,0.88,", 0), 0u);
+  EXPECT_EQ(rows.back(), ",,,,,,q.smi.gz: the gzip file is truncated");
+}
+
 TEST_F(CommandLine, LeavesOutBadTrainingRecordsAndSaysWhich) {
   Write("train.smi", Read("known.smi") + "C1CC( broken\nCCCCCCCCO unknown\n");
   EXPECT_EQ(Run("predict --train train.smi --values values.csv --value logP known.smi"), 2);

@@ -1,12 +1,19 @@
-// Uses the installed library as a client would: links it, computes, and checks what comes back.
+#include <cmath>
 #include <cstdio>
+#include <utility>
 
-#include "stats/api/stat_model.h"
-#include "stats/api/version.h"
+#include "platform/chem/smiles.h"
+#include "stats/api/krige_2d_mol.h"
 
 int main() {
-  QVStats::QVStatModelResult result(true);
-  result.SetFailureTypeAndWhereFailed(QVStats::QVStatModelFailureType::NoData, "main");
-  std::printf("%s %s\n", QVStats::QVStatsGetProductName(), QVStats::QVStatsGetRelease());
-  return result.GetFailureType() == QVStats::QVStatModelFailureType::NoData ? 0 : 1;
+  QVStats::QVMolKrige model{QVStats::QVGlobalKrigeOptions()};
+  const std::pair<const char*, double> known[] = {
+      {"CCO", -0.3}, {"CCCO", 0.3}, {"CCCCO", 0.9}, {"CCCCCO", 1.5}, {"Oc1ccccc1", 1.5}};
+  QVChem::QVGraphMol mol;
+  for (const auto& [smiles, logP] : known)
+    if (QVChem::QVParseSmiles(mol, smiles)) model.AddTraining(mol, logP);
+  QVChem::QVParseSmiles(mol, "CCCCCCO");
+  const QVStats::QVMolKrigeResult result = model.GetResult(mol);
+  if (!result.Valid()) return 1;
+  std::printf("%.2f +- %.2f\n", result.GetResponse(), std::sqrt(result.GetVariance()));
 }

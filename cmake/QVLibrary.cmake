@@ -48,7 +48,7 @@ function(qvstats_library component)
   target_link_libraries(${LIB_TARGET} PRIVATE $<BUILD_INTERFACE:qvstats_build_flags>)
   target_link_options(${LIB_TARGET} PRIVATE -Wl,--no-undefined)
   set_target_properties(${LIB_TARGET} PROPERTIES EXPORT_NAME ${component}
-    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "\$ORIGIN")
 
   string(TOUPPER ${LIB_TARGET} prefix)
   generate_export_header(${LIB_TARGET} BASE_NAME ${prefix}

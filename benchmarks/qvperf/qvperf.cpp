@@ -23,6 +23,7 @@ constexpr Workload kWorkloads[] = {
     {"gp", RunGaussianProcess},
     {"logit", RunLogit},
     {"mcs", RunMCS},
+    {"mix", RunMixtures},
     {"snn", RunSNN},
     {"vario", RunVariogram},
 };

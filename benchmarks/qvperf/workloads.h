@@ -15,6 +15,7 @@ bool RunGaussianProcess(const Run& run);
 bool RunVariogram(const Run& run);
 bool RunLogit(const Run& run);
 bool RunMCS(const Run& run);
+bool RunMixtures(const Run& run);
 bool RunSNN(const Run& run);
 
 }  // namespace QVPerf

@@ -27,6 +27,26 @@ struct QVDenseView {
   std::ptrdiff_t columnStep;
 };
 
+/// The components of a mixture in one dimension, K arrays: the logarithm of weight times density of
+/// component k at x is logScales[k] - halfPrecisions[k] (x - centers[k])^2.
+struct QVMixtureTerms {
+  std::size_t numComponents;
+  const double* logScales;
+  const double* halfPrecisions;
+  const double* centers;
+};
+
+/// What one pass over the data adds up, K values each: the sums of the responsibilities r of
+/// component k, of r (x - center) and of r (x - center)^2.
+struct QVMixtureSums {
+  double* counts;
+  double* deviations;
+  double* squares;
+};
+
+/// How many doubles of working memory QVDenseKernels::sumMixture needs for each component.
+constexpr std::size_t kQVMixtureWork = 32;
+
 /// The functions for one instruction set.
 struct QVDenseKernels {
   const char* name;
@@ -65,6 +85,15 @@ struct QVDenseKernels {
   void (*exp)(std::size_t n, const double* x, double* y);
   /// y_i = log(x_i), within 1 unit in the last place; NaN below 0, -infinity at 0.
   void (*log)(std::size_t n, const double* x, double* y);
+
+  /// The expectation step of a mixture: for each of n data the responsibility of component k is its
+  /// share in the mixture's density, r = exp(term k - L), L = log sum_j exp(term j), taken about
+  /// the largest term. The sums are replaced; nothing is stored for a datum. A share below 1e-307
+  /// counts as at most that.
+  /// \param work kQVMixtureWork values for each component.
+  /// \return the sum of L over the data; NaN, like the sums, when a datum is not finite.
+  double (*sumMixture)(std::size_t n, const double* x, const QVMixtureTerms& terms,
+                       const QVMixtureSums& sums, double* work);
 
   /// Reduces the symmetric matrix of a lower triangle (n x n, n >= 1) to the tridiagonal T = Q' A Q
   /// by Householder reflections: n diagonal elements and n - 1 beside it. `z`, unless null, is n

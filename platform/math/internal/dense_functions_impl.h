@@ -26,12 +26,14 @@ QV_DENSE_INLINE Vector PowerOfTwo(Vector rounded) {
   return ValueOf((BitsOf(rounded) + 1023) << 52);
 }
 
-/// exp(x) = 2^n exp(r), r = x - n ln 2 in [-ln 2 / 2, ln 2 / 2], by the Taylor polynomial of degree
-/// 13, whose remainder is below 2^-57. The power is applied in two halves, so that subnormal
-/// results and overflow round once.
-QV_DENSE_INLINE Vector Exp(Vector x) {
-  x = x > 710.0 ? All(710.0) : x;
-  x = x < -746.0 ? All(-746.0) : x;
+/// exp(x) = 2^n exp(r), r = x - n ln 2 in [-ln 2 / 2, ln 2 / 2]: n, and exp(r) by the Taylor
+/// polynomial of degree 13, whose remainder is below 2^-57.
+struct ReducedExp {
+  Vector n;
+  Vector value;
+};
+
+QV_DENSE_INLINE ReducedExp ReduceExp(Vector x) {
   const Vector n = (x * 1.4426950408889634 + kRounder) - kRounder;
   const Vector r = (x - n * kLn2High) - n * kLn2Low;
   Vector p = All(1.0 / 6227020800.0);
@@ -48,10 +50,24 @@ QV_DENSE_INLINE Vector Exp(Vector x) {
                                            0.5};
 #pragma GCC unroll 16
   for (const double c : kInverseFactorials) p = p * r + c;
-  const Vector value = 1.0 + (r + r * r * p);
-  const Vector half = n * 0.5 + kRounder;
-  const Vector rest = (n - (half - kRounder)) + kRounder;
-  return value * PowerOfTwo(half) * PowerOfTwo(rest);
+  return {n, 1.0 + (r + r * r * p)};
+}
+
+/// The power of two is applied in two halves, so that subnormal results and overflow round once.
+QV_DENSE_INLINE Vector Exp(Vector x) {
+  x = x > 710.0 ? All(710.0) : x;
+  x = x < -746.0 ? All(-746.0) : x;
+  const ReducedExp reduced = ReduceExp(x);
+  const Vector half = reduced.n * 0.5 + kRounder;
+  const Vector rest = (reduced.n - (half - kRounder)) + kRounder;
+  return reduced.value * PowerOfTwo(half) * PowerOfTwo(rest);
+}
+
+/// exp(x) for x <= 0; anything below -708 counts as -708, whose exponential is 3e-308.
+QV_DENSE_INLINE Vector ExpOfNegative(Vector x) {
+  x = x < -708.0 ? All(-708.0) : x;
+  const ReducedExp reduced = ReduceExp(x);
+  return reduced.value * PowerOfTwo(reduced.n + kRounder);
 }
 
 /// log(x) = k ln 2 + log(1 + f), 1 + f in [sqrt(1/2), sqrt(2)), with log(1 + f) from the series in

@@ -10,6 +10,7 @@
 
 #include "platform/math/internal/dense_factor_impl.h"
 #include "platform/math/internal/dense_functions_impl.h"
+#include "platform/math/internal/dense_mixture_impl.h"
 #include "platform/math/internal/dense_tables.h"
 #include "platform/math/internal/dense_tridiagonal_impl.h"
 
@@ -17,9 +18,9 @@ namespace QVMath {
 namespace QV_DENSE_NAMESPACE {
 
 const QVDenseKernels kKernels = {
-    QV_DENSE_NAME,  Cholesky,   SolveLower, SolveLowerTransposed,
-    Multiply,       RankUpdate, Dot,        MultiplyTransposed,
-    MultiplyVector, ExpArray,   LogArray,   Tridiagonalise,
+    QV_DENSE_NAME, Cholesky,   SolveLower,         SolveLowerTransposed, Multiply,
+    RankUpdate,    Dot,        MultiplyTransposed, MultiplyVector,       ExpArray,
+    LogArray,      SumMixture, Tridiagonalise,
 };
 
 }  // namespace QV_DENSE_NAMESPACE

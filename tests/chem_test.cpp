@@ -28,7 +28,7 @@ TEST(Smiles, AtomsAndBondsAreWhatTheTextSays) {
   const QVGraphMol mol = Parse("C[N+](C)(C)Cc1ccc(cc1)C(=O)[O-]");
   ASSERT_EQ(mol.GetNumAtoms(), 14u);
   const QVAtomBase nitrogen = mol.GetAtom(1);
-  EXPECT_STREQ(nitrogen.GetSymbol(), "N");
+  EXPECT_EQ(nitrogen.GetSymbol(), "N");
   EXPECT_EQ(nitrogen.GetFormalCharge(), 1);
   EXPECT_EQ(nitrogen.GetDegree(), 4u);
   EXPECT_EQ(nitrogen.GetNumHydrogens(), 0u);

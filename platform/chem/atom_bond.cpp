@@ -37,9 +37,8 @@ unsigned int QVAtomBase::GetElement() const {
   return static_cast<unsigned int>(AtomOf(parent_, index_).getAtomicNum());
 }
 
-const char* QVAtomBase::GetSymbol() const {
-  // The periodic table lives as long as the process.
-  return RDKit::PeriodicTable::getTable()->getElementSymbol(GetElement()).c_str();
+std::string QVAtomBase::GetSymbol() const {
+  return RDKit::PeriodicTable::getTable()->getElementSymbol(GetElement());
 }
 
 int QVAtomBase::GetFormalCharge() const { return AtomOf(parent_, index_).getFormalCharge(); }

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <iterator>
+#include <string>
 
 #include "platform/chem/export.h"
 #include "platform/system/generic_data.h"
@@ -96,7 +97,7 @@ class QVCHEM_EXPORT QVAtomBase {
   /// The atomic number; 0 for an atom without one ("*").
   unsigned int GetElement() const;
   /// The symbol, for example "Cl".
-  const char* GetSymbol() const;
+  std::string GetSymbol() const;
   int GetFormalCharge() const;
   /// The mass number of the isotope; 0 when it is not given.
   unsigned int GetIsotope() const;

@@ -28,7 +28,10 @@ TEST(Smiles, AtomsAndBondsAreWhatTheTextSays) {
   const QVGraphMol mol = Parse("C[N+](C)(C)Cc1ccc(cc1)C(=O)[O-]");
   ASSERT_EQ(mol.GetNumAtoms(), 14u);
   const QVAtomBase nitrogen = mol.GetAtom(1);
-  EXPECT_STREQ(nitrogen.GetSymbol(), "N");
+  // A symbol stays what it is when the next one is asked for.
+  const char* const symbol = nitrogen.GetSymbol();
+  EXPECT_STREQ(mol.GetAtom(0).GetSymbol(), "C");
+  EXPECT_STREQ(symbol, "N");
   EXPECT_EQ(nitrogen.GetFormalCharge(), 1);
   EXPECT_EQ(nitrogen.GetDegree(), 4u);
   EXPECT_EQ(nitrogen.GetNumHydrogens(), 0u);

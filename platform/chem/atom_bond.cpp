@@ -6,8 +6,10 @@
 #include <GraphMol/RingInfo.h>
 #include <RDGeneral/types.h>
 
+#include <algorithm>
 #include <cctype>
 #include <string>
+#include <vector>
 
 #include "platform/chem/internal/mol_access.h"
 #include "platform/chem/internal/rdkit_mol.h"
@@ -38,8 +40,15 @@ unsigned int QVAtomBase::GetElement() const {
 }
 
 const char* QVAtomBase::GetSymbol() const {
-  // The periodic table lives as long as the process.
-  return RDKit::PeriodicTable::getTable()->getElementSymbol(GetElement()).c_str();
+  // The periodic table gives its symbols by value; kept here they live as long as the process.
+  constexpr unsigned int kLastElement = 118;
+  static const std::vector<std::string> symbols = [] {
+    std::vector<std::string> all;
+    for (unsigned int element = 0; element <= kLastElement; ++element)
+      all.push_back(RDKit::PeriodicTable::getTable()->getElementSymbol(element));
+    return all;
+  }();
+  return symbols[std::min(GetElement(), kLastElement)].c_str();
 }
 
 int QVAtomBase::GetFormalCharge() const { return AtomOf(parent_, index_).getFormalCharge(); }

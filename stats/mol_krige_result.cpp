@@ -144,6 +144,8 @@ QVMolKrigeEvidence QVMolKrigeResultImpl::CollectEvidence(double baseline) const 
 }
 
 std::shared_ptr<const QVMolKrigeEvidence> QVMolKrigeResultImpl::GetEvidence(double baseline) const {
+  // A NaN has no place among the keys of a map.
+  if (!QV_MOL_ASSERT(!std::isnan(baseline))) return std::make_shared<const QVMolKrigeEvidence>();
   const std::lock_guard<std::mutex> lock(mutex_);
   std::shared_ptr<const QVMolKrigeEvidence>& evidence = evidence_[baseline];
   if (!evidence) evidence = std::make_shared<const QVMolKrigeEvidence>(CollectEvidence(baseline));

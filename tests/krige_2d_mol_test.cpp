@@ -252,6 +252,7 @@ TEST_P(MolKrigeForm, TooLittleTrainingIsAWarningAndAnInvalidResult) {
   QVMolKrige model = GetParam().make();
   const QVSystem::QVScopedRecordingSink sink;
   EXPECT_FALSE(model.Train());
+  EXPECT_EQ(sink.GetTexts(QVSystem::QVErrorLevel::Warning).size(), 1u);
   EXPECT_FALSE(model.GetResult(Query()).Valid());
   ASSERT_TRUE(model.AddTraining(Query(), 1.0));
   EXPECT_FALSE(model.Train());

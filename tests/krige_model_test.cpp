@@ -237,6 +237,32 @@ TEST(UniversalKriging, RefusesElementsWithoutProperties) {
   EXPECT_THAT(Texts(QVErrorLevel::Fatal, [&] { model.Predict({0.5, nan}); }), SizeIs(1));
 }
 
+// The property alone is a NaN, not the distance.
+TEST(UniversalKriging, APropertyThatIsNoNumberIsReported) {
+  class BadBeyondTwo : public Coordinates {
+   public:
+    BadBeyondTwo() : Coordinates(1) {}
+    double GetProperty(const Point& p, std::size_t) const override {
+      return p[0] > 2.0 ? std::numeric_limits<double>::quiet_NaN() : p[0];
+    }
+    BadBeyondTwo* CreateCopy() const override { return new BadBeyondTwo(*this); }
+  };
+  Model model(
+      QVCreateKrige<Point, Storage>(EuclideanDistance<2>(), BadBeyondTwo(), GlobalOptions()));
+  for (const Sample& sample : MakeSamples(20, 27)) model.AddTraining(sample.point, sample.value);
+  ASSERT_TRUE(model.TrainFixed(kKernel));
+  EXPECT_THAT(Texts(QVErrorLevel::Warning,
+                    [&] {
+                      EXPECT_FALSE(model.GetKrigeResult({3.0, 0.0}).Valid());
+                      EXPECT_EQ(model.Predict({3.0, 0.0}), kMax);
+                    }),
+              ElementsAre("Universal kriging failed, NaN weights",
+                          "Universal kriging failed, NaN weights"));
+  model.AddTraining({4.0, 0.0}, 1.0);
+  EXPECT_THAT(Texts(QVErrorLevel::Fatal, [&] { EXPECT_FALSE(model.TrainFixed(kKernel)); }),
+              SizeIs(1));
+}
+
 TEST(StandardKriging, SaysWhyItCannotTrain) {
   struct Row {
     Kind kind;

@@ -120,6 +120,23 @@ TEST(TrainingContainer, FatalReportsLeaveItUsable) {
   EXPECT_EQ(container.GetNumUniqueElements(), 2u);
 }
 
+// Whatever stands before it, an index past the end is reported, and the others decide.
+TEST(TrainingContainer, AGroupOfUnknownElementsIsFatal) {
+  Container container = MakeContainer();
+  Add(container, {0, 0}, 4.0);
+  const QVGetMeanTrainingDataResponseFxn<Point, Storage> response;
+  const QVGetMeanTrainingDataPropFxn<Point, Storage> properties;
+  const auto fatal = Texts(QVErrorLevel::Fatal, [&] {
+    EXPECT_EQ(response.GetResponse(container.GetElements(), {0, 9}), 4.0);
+    EXPECT_THAT(properties.GetProperties(container.GetElements(), {0, 9}), testing::IsEmpty());
+    EXPECT_EQ(response.GetResponse(container.GetElements(), {9}),
+              std::numeric_limits<double>::max());
+    EXPECT_EQ(response.GetResponse(container.GetElements(), {}),
+              std::numeric_limits<double>::max());
+  });
+  EXPECT_EQ(fatal.size(), 4u);
+}
+
 TEST(TrainingContainer, MeansThePropertiesOfMeasuredCopies) {
   class Serial : public Coordinates {  // every element of a point has its own property
    public:
@@ -201,6 +218,20 @@ TEST(VariogramPairs, UseResidualsOfTheDrift) {
     EXPECT_EQ(pairs[i].first, expected[i][0]);
     EXPECT_NEAR(pairs[i].second, expected[i][1], 1e-13);
   }
+}
+
+TEST(VariogramPairs, NeedADriftThatCanBeFitted) {
+  std::vector<double> residuals;
+  const std::vector<Container::Data> ragged = {
+      {Storage(Point{0, 0}), 1.0, false, 0, true, {1.0}},
+      {Storage(Point{1, 0}), 2.0, false, 1, true, {1.0, 2.0}}};
+  EXPECT_THAT(Texts(QVErrorLevel::Warning,
+                    [&] { EXPECT_FALSE(QVGetTrainingResiduals(ragged, false, residuals)); }),
+              ElementsAre("QVGetDistAndDiffResidual, failed to add training"));
+  // Without measured elements there is nothing to fit.
+  const std::vector<Container::Data> guessed = {{Storage(Point{0, 0}), 1.0, true, 0, true, {1.0}}};
+  EXPECT_FALSE(QVGetTrainingResiduals(guessed, false, residuals));
+  EXPECT_TRUE(QVGetTrainingResiduals(guessed, true, residuals));
 }
 
 }  // namespace

@@ -204,6 +204,17 @@ TEST(AtomContribution, OneSidedAndEmptyEvidenceIsNothing) {
   EXPECT_EQ(nothing.GetAtomContribution(query.GetAtom(0)), 0.0);
 }
 
+TEST(AtomContribution, ABaselineThatIsNoNumberIsFatalAndForgotten) {
+  const QVChem::QVGraphMol query = MakeMol("CCCO");
+  const QVMolKrigeResult result = MakeResult({{"CCO", 0.6, 1.0}, {"CCC", 0.4, 6.0}});
+  const QVMolKrigeResult other = MakeResult({{"CCO", 0.6, 1.0}, {"CCC", 0.4, 6.0}});
+  const QVSystem::QVScopedRecordingSink sink;
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  EXPECT_THAT(result.GetAtomContributions(query, nan), testing::Each(0.0));
+  EXPECT_EQ(sink.GetTexts(QVSystem::QVErrorLevel::Fatal).size(), 1u);
+  EXPECT_EQ(result.GetAtomContributions(query, 3.0), other.GetAtomContributions(query, 3.0));
+}
+
 TEST(AtomContribution, NeedsFingerprintsOnTheTraining) {
   QVKrigeResultImpl record;
   record.AddElement(0.5, 1.0, 3.0, false, 0, true);

@@ -101,12 +101,29 @@ class QVGetUniqueTrainingDataResponseFxn {
                        Combine combine);
 };
 
-/// Whether any member of a group was measured. A bad index is a fatal report.
+/// Whether any member of a group was measured.
 template <class Elements>
 bool QVHasMeasuredMember(const Elements& elements, const std::vector<unsigned int>& members) {
   for (const unsigned int i : members)
-    if (QV_KRIGE_ASSERT(i < elements.size()) && !elements[i].unmeasured) return true;
+    if (i < elements.size() && !elements[i].unmeasured) return true;
   return false;
+}
+
+/// Calls `use` with the members that speak for a group: the measured ones, or all when none is.
+/// No members, or an index past the end, is a fatal report.
+/// \return how many there are.
+template <class Elements, class Use>
+std::size_t QVForEachSpeakingMember(const Elements& elements,
+                                    const std::vector<unsigned int>& members, Use use) {
+  QV_KRIGE_ASSERT(!members.empty());
+  const bool measured = QVHasMeasuredMember(elements, members);
+  std::size_t count = 0;
+  for (const unsigned int i : members) {
+    if (!QV_KRIGE_ASSERT(i < elements.size()) || (measured && elements[i].unmeasured)) continue;
+    use(elements[i]);
+    ++count;
+  }
+  return count;
 }
 
 template <class T, class TT>
@@ -115,16 +132,14 @@ double QVGetUniqueTrainingDataResponseFxn<T, TT>::Reduce(const Elements& element
                                                          const std::vector<unsigned int>& members,
                                                          Combine combine) {
   const double unresolved = std::numeric_limits<double>::max();
-  if (!QV_KRIGE_ASSERT(!members.empty())) return unresolved;
-  const bool measured = QVHasMeasuredMember(elements, members);
   double value = unresolved;
-  std::size_t count = 0;
-  for (const unsigned int i : members) {
-    if (i >= elements.size() || (measured && elements[i].unmeasured)) continue;
-    value = count == 0 ? elements[i].response : combine(value, elements[i].response);
-    ++count;
-  }
-  QV_KRIGE_ASSERT(count > 0 && !std::isnan(value) && value != unresolved);
+  bool first = true;
+  const std::size_t count =
+      QVForEachSpeakingMember(elements, members, [&](const QVKrigeTrainingData<T, TT>& data) {
+        value = first ? data.response : combine(value, data.response);
+        first = false;
+      });
+  if (count > 0) QV_KRIGE_ASSERT(!std::isnan(value) && value != unresolved);
   return value;
 }
 
@@ -214,17 +229,12 @@ class QVGetMeanTrainingDataPropFxn : public QVGetUniqueTrainingDataPropFxn<T, TT
  public:
   std::vector<double> GetProperties(const std::vector<QVKrigeTrainingData<T, TT>>& elements,
                                     const std::vector<unsigned int>& members) const override {
-    if (!QV_KRIGE_ASSERT(!members.empty())) return {};
-    const bool measured = QVHasMeasuredMember(elements, members);
     std::vector<double> mean;
-    std::size_t count = 0;
-    for (const unsigned int i : members) {
-      if (i >= elements.size() || (measured && elements[i].unmeasured)) continue;
-      const std::vector<double>& properties = elements[i].properties;
-      mean.resize(properties.size());
-      for (std::size_t k = 0; k < properties.size(); ++k) mean[k] += properties[k];
-      ++count;
-    }
+    const std::size_t count =
+        QVForEachSpeakingMember(elements, members, [&](const QVKrigeTrainingData<T, TT>& data) {
+          mean.resize(data.properties.size());
+          for (std::size_t k = 0; k < mean.size(); ++k) mean[k] += data.properties[k];
+        });
     if (count > 1)
       for (double& value : mean) value /= static_cast<double>(count);
     return mean;

@@ -208,7 +208,9 @@ std::shared_ptr<const QVKrigeSystem> QVStandardKrigeImpl<T, TT>::CreateSystem(
         "%s::TrainFixed(QVKrigeKernelBase), unable to train.  No training data", name_);
     return nullptr;
   }
-  return QVKrigeSystem::Create(container.GetPoints(), mean_, kernel);
+  QVKrigePoints points = container.GetPoints();
+  if (points.properties.hasNaN()) return nullptr;
+  return QVKrigeSystem::Create(std::move(points), mean_, kernel);
 }
 
 /// Distances and properties of a block of queries, then `solve(distances, properties)`. A query

@@ -34,11 +34,11 @@ class QVElementMolKrigeImpl : public QVMolKrigeImpl {
 
   bool Train() override {
     Forget();
-    return FinishTraining(model_->Train(), true);
+    return FinishTraining(model_->Train(), HasTraining());
   }
   bool Train(QVKrigeKernelBase& kernel) override {
     Forget();
-    return FinishTraining(model_->Train(kernel), true);
+    return FinishTraining(model_->Train(kernel), HasTraining());
   }
   bool TrainFixed(const QVKrigeKernelBase& kernel) override {
     Forget();
@@ -77,8 +77,13 @@ class QVElementMolKrigeImpl : public QVMolKrigeImpl {
     return answers;
   }
 
-  QVVariogram GetVariogram() override { return model_->GetVariogram(); }
-  QVVariogram GetVariogram() const override { return GetModel().GetVariogram(); }
+  /// Made once for each training, whoever asks.
+  QVVariogram GetVariogram() override {
+    return training_ ? training_->GetVariogram() : model_->GetVariogram();
+  }
+  QVVariogram GetVariogram() const override {
+    return training_ ? training_->GetVariogram() : GetModel().GetVariogram();
+  }
 
   void Clear() override {
     Forget();
@@ -145,8 +150,10 @@ class QVElementMolKrigeImpl : public QVMolKrigeImpl {
     training_.reset();
   }
 
-  /// Makes what results share of the training as it is now. A model that was given its kernel has
-  /// no variogram; it is made if a result is asked for it.
+  bool HasTraining() const { return !lists_->molecules.empty(); }
+
+  /// Makes what results share of the training as it is now. A model that was given its kernel, or
+  /// has no training, has no variogram; it is made when it is asked for.
   bool FinishTraining(bool trained, bool hasVariogram) {
     trained_ = trained;
     QVMolKrigeTraining::MakeVariogram make;

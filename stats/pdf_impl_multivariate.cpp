@@ -252,7 +252,7 @@ QVUniVarPDF QVEllipticImpl<Law>::GetUnivariateMarginal(const std::string& name,
     result = QVGetDiagonalElemOfMatrix(d, params_.covariance, index, element);
   if (FailedIn(query, result)) return QVUniVarNullPDF(name);
   QVUniVarPDF marginal = Law::MakeMarginal(name, degreesOfFreedom_, location, element, result);
-  FailedIn(query, result);
+  if (FailedIn(query, result)) return QVUniVarNullPDF(name);
   return marginal;
 }
 
@@ -271,7 +271,7 @@ QVMultiVarPDF QVEllipticImpl<Law>::GetMultivariateMarginal(const std::vector<std
     result = QVGetBlockSubMatrixOfMatrix(d, params_.covariance, indices, block);
   if (FailedIn(query, result)) return QVMultiVarNullPDF(names);
   QVMultiVarPDF marginal = Law::MakeMarginal(names, degreesOfFreedom_, location, block, result);
-  FailedIn(query, result);
+  if (FailedIn(query, result)) return QVMultiVarNullPDF(names);
   return marginal;
 }
 

@@ -517,6 +517,15 @@ TEST(MultiVarGauss, RefusesAMatrixThatIsNotPositiveDefinite) {
   EXPECT_THAT(result, FailedWith(Failure::InvalidProbDistFunc, "QVMultiVarGaussImpl::GetMean"));
 }
 
+TEST(MultiVarGauss, AMarginalThatIsSingularIsNull) {
+  QVStatModelResult result;
+  const QVMultiVarPDF pdf = QVMultivariateGaussian({"a", "b"}, {0, 0}, {2, 0.5, 0.5, 1}, result);
+  const QVMultiVarPDF marginal = pdf.GetMultivariateMarginal({"a", "a"}, result);
+  EXPECT_EQ(result.GetFailureType(), QVStatModelFailureType::SingularMatrix);
+  marginal.GetMean(result);
+  EXPECT_EQ(result.GetFailureType(), QVStatModelFailureType::NullProbDistFunc);
+}
+
 TEST(MultiVarGauss, DrawsHaveItsCovariance) {
   QVStatModelResult result(true);
   QVMultiVarPDF pdf = QVMultivariateGaussian(kNames, {1, 2, 3}, kPrecision, result);

@@ -102,6 +102,18 @@ TEST(Random, RefusesParametersWithNaN) {
 }
 
 // The 10000th output of the default-seeded engine, from the C++ standard, [rand.predef].
+TEST(SpecialFunctions, PassNaNThrough) {
+  const double nan = std::nan("");
+  double other = 0.0;
+  for (const double value :
+       {QVIncompleteBeta(2, 3, nan), QVIncompleteBeta(nan, 3, 0.5),
+        QVIncompleteBetaComplement(2, nan, 0.5), QVIncompleteBetaInverse(2, 3, nan, other),
+        QVIncompleteGamma(nan, 1), QVIncompleteGammaComplement(2, nan),
+        QVIncompleteGammaComplementInverse(2, nan), QVlgamma(nan), QVDiGamma(nan), QVerf(nan)})
+    EXPECT_TRUE(std::isnan(value));
+  EXPECT_TRUE(std::isnan(other));
+}
+
 TEST(Random, EngineIsTheStandardOne) {
   QVRanNumEngine engine;
   for (int i = 0; i < 9999; ++i) engine();

@@ -47,8 +47,8 @@ std::string ResponseFormat::GetInterval(double response, double standardDeviatio
          GetText(response + kNormal95 * standardDeviation) + ']';
 }
 
-bool HasDistribution(const QVMolKrigeResult& result) {
-  return result.Valid() && result.GetVariance() > 0.0 &&
+bool HasVariance(const QVMolKrigeResult& result) {
+  return result.Valid() && result.GetVariance() >= 0.0 &&
          result.GetVariance() < std::numeric_limits<double>::max();
 }
 
@@ -115,10 +115,12 @@ class DistributionPanel {
   }
 
  private:
+  bool HasDensity() const { return HasVariance(result_) && result_.GetVariance() > 0.0; }
+
   bool DrawHeader(QVImageBase& header) const {
     const double response = result_.GetResponse();
     std::string text = format_.GetCaption(response);
-    if (options_.GetShowConfidence() && HasDistribution(result_))
+    if (options_.GetShowConfidence() && HasVariance(result_))
       text += format_.GetInterval(response, std::sqrt(result_.GetVariance()), ", ");
     return QVDepict::QVDrawTextToFit(header, text, GetBoldFont(header.GetHeight()), 4.0);
   }
@@ -137,7 +139,7 @@ class DistributionPanel {
     QVImageFrame labels(body, {0.0, height - labelHeight}, body.GetWidth(), labelHeight);
     if (bandHeight > 0.0) DrawBand(band);
     DrawHistogram(plot);
-    if (HasDistribution(result_)) DrawDensity(plot);
+    if (HasDensity()) DrawDensity(plot);
     DrawKey(plot, size);
     DrawPrediction(value, size);
     DrawAxis(labels, size);
@@ -168,7 +170,7 @@ class DistributionPanel {
       if (piece.labelSize > kTooSmall)
         commonSize = std::min(commonSize.value_or(piece.labelSize), piece.labelSize);
     }
-    if (!commonSize || !HasDistribution(result_)) return;
+    if (!commonSize || !HasVariance(result_)) return;
     for (const ShownClass& piece : shown) {
       const double percent = 100.0 * QVProbabilityBetween(result_, piece.high, piece.low);
       const bool across = piece.labelSize >= kSmallest;
@@ -234,7 +236,7 @@ class DistributionPanel {
                 QVSystem::QVMixColors(kTrainingColor, QVSystem::QVBlack, 0.4));
     const double x = toTheRight ? plot.GetWidth() - 2.0 : 2.0;
     plot.DrawText({x, 1.3 * keySize}, "training", font);
-    if (HasDistribution(result_))
+    if (HasDensity())
       plot.DrawText({x, 2.6 * keySize}, "prediction",
                     font.SetColor(QVSystem::QVMixColors(kPredictionColor, QVSystem::QVBlack, 0.2)));
   }

@@ -186,6 +186,18 @@ TEST(ReportDistribution, PrintsThePredictionAndCountsTheTraining) {
               IsSupersetOf({"log S 3.16e+05 [178, 5.63e+08]", "1.00", "1.00e+10"}));
 }
 
+TEST(ReportDistribution, IsSureOfATrainingMolecule) {
+  QVKrigeReportOptions options;
+  options.SetShowConfidence(true).PushClassificationBoundry(5.0);
+  const QVMolKrigeResult result = MakeResult({{"CCO", 0.0, 1.0, 2.0}, {"CCN", 0.5, 0.0, 10.0}});
+  ASSERT_EQ(result.GetVariance(), 0.0);
+  QVImage image(300.0, 200.0);
+  ASSERT_TRUE(QVKrigeRenderDistribution(image, result, options));
+  EXPECT_THAT(GetTexts(image),
+              IsSupersetOf({"Response 2.00 [2.00, 2.00]", "100%", " 0%", "training"}));
+  EXPECT_THAT(GetTexts(image), Not(Contains("prediction"))) << "no density to point at";
+}
+
 TEST(ReportDistribution, ShowsTheClassesOnItsAxis) {
   QVKrigeReportOptions options;
   options.PushClassificationBoundry(5.0).PushClassificationBoundry(9.5).PushClassificationBoundry(

@@ -83,8 +83,23 @@ std::array<double, kNumBins> MakeHistogram(const std::vector<double>& responses,
   return counts;
 }
 
+constexpr double kLargest = std::numeric_limits<double>::max();
+
+/// The probability of the part of a class that lies between two responses.
+double GetClassProbability(const QVMolKrigeResult& result, const QVKrigeReportOptions& options,
+                           unsigned int k, double min = -kLargest, double max = kLargest) {
+  const double low = options.GetClassificationLowerBound(k);
+  const double high = options.GetClassificationUpperBound(k);
+  if (result.GetVariance() != 0.0)
+    return QVProbabilityBetween(result, std::min(high, max), std::max(low, min));
+  // Without variance the prediction is in one class for certain; at a boundary, in the lower one.
+  const double response = result.GetResponse();
+  return low < response && response <= high && min <= response && response <= max ? 1.0 : 0.0;
+}
+
 /// A class as far as the axis shows it.
 struct ShownClass {
+  unsigned int index;
   double low;  // responses
   double high;
   QVColor color;
@@ -153,7 +168,7 @@ class DistributionPanel {
       const double high = std::min(options_.GetClassificationUpperBound(k), axis_.max);
       if (!(low < high)) continue;
       const double width = axis_.Map(high) - axis_.Map(low);
-      shown.push_back({low, high, options_.GetClassificationColor(k),
+      shown.push_back({k, low, high, options_.GetClassificationColor(k),
                        static_cast<unsigned int>(std::min(bandHeight, width / 3.0))});
     }
     return shown;
@@ -172,7 +187,8 @@ class DistributionPanel {
     }
     if (!commonSize || !HasVariance(result_)) return;
     for (const ShownClass& piece : shown) {
-      const double percent = 100.0 * QVProbabilityBetween(result_, piece.high, piece.low);
+      const double percent =
+          100.0 * GetClassProbability(result_, options_, piece.index, axis_.min, axis_.max);
       const bool across = piece.labelSize >= kSmallest;
       const double low = axis_.Map(piece.low);
       const double high = axis_.Map(piece.high);
@@ -294,12 +310,6 @@ std::string GetClassName(const QVKrigeReportOptions& options, unsigned int k) {
   if (k == last) return "above " + print(options.GetClassificationLowerBound(k));
   return print(options.GetClassificationLowerBound(k)) + " to " +
          print(options.GetClassificationUpperBound(k));
-}
-
-double GetClassProbability(const QVMolKrigeResult& result, const QVKrigeReportOptions& options,
-                           unsigned int k) {
-  return QVProbabilityBetween(result, options.GetClassificationUpperBound(k),
-                              options.GetClassificationLowerBound(k));
 }
 
 void DrawClassCircle(QVImageBase& image, const QVMolKrigeResult& result,

@@ -196,6 +196,15 @@ TEST(ReportDistribution, IsSureOfATrainingMolecule) {
   EXPECT_THAT(GetTexts(image),
               IsSupersetOf({"Response 2.00 [2.00, 2.00]", "100%", " 0%", "training"}));
   EXPECT_THAT(GetTexts(image), Not(Contains("prediction"))) << "no density to point at";
+
+  // A value on a boundary belongs to the class below it.
+  QVImage circle(200.0, 200.0);
+  options.PushClassificationBoundry(2.0);
+  ASSERT_TRUE(QVKrigeRenderClassification(circle, result, options, false));
+  std::vector<double> shares;
+  for (const QVDrawing& arc : Select(circle, QVDrawing::Kind::Arc))
+    shares.push_back(arc.endAngle - arc.beginAngle);
+  EXPECT_THAT(shares, ElementsAre(360.0, 0.0, 0.0));
 }
 
 TEST(ReportDistribution, ShowsTheClassesOnItsAxis) {

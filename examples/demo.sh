@@ -24,6 +24,10 @@ run "$program" predict --train "$out/known.smi" --values $data/CHEMBL2321810_act
 printf '\nThe first rows of %s:\n' "$out/predicted.csv"
 head -n 4 "$out/predicted.csv" | cut -c 1-160
 
+# Who resembles whom: the similarities of all pairs as a table with a triangular column.
+run "$program" similarity --quiet $data/CHEMBL2321810.smi "$out/similarities.pgs"
+run "$program" table "$out/similarities.pgs"
+
 # A page for each of the first five, and what it looks like.
 head -n 5 "$out/held_back.smi" >"$out/five.smi"
 run "$program" report --train "$out/known.smi" --values $data/CHEMBL2321810_act.csv --value Act \

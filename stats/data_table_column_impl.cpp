@@ -526,8 +526,13 @@ QVDataTableColOfNominals::QVDataTableColOfNominals(const std::string& name,
 
 void QVDataTableColOfNominals::FixCategories(std::vector<std::string> categories) {
   categories_ = std::move(categories);
-  missingCode_ = IndexOfStringInListOfPossibleValues(MissingString);
-  badCode_ = IndexOfStringInListOfPossibleValues(BadString);
+  const auto findCodes = [this](const std::string& text) {
+    const auto [first, last] = std::equal_range(categories_.begin(), categories_.end(), text);
+    return std::pair(static_cast<unsigned int>(first - categories_.begin()),
+                     static_cast<unsigned int>(last - categories_.begin()));
+  };
+  missingCodes_ = findCodes(MissingString);
+  badCodes_ = findCodes(BadString);
 }
 
 unsigned int QVDataTableColOfNominals::IndexOfStringInListOfPossibleValues(
@@ -607,8 +612,11 @@ unsigned int QVDataTableColOfNominals::GetUnsigned(std::size_t row, std::size_t 
   const std::size_t index = GetDataTableColIndex(row, col);
   if (index >= codes_.size() || categories_.empty()) return BadIndexUnsigned;
   const unsigned int code = codes_[index];
-  if (code >= categories_.size() || code == badCode_) return BadUnsigned;
-  return code == missingCode_ ? MissingUnsigned : code;
+  const auto isOneOf = [code](const std::pair<unsigned int, unsigned int>& codes) {
+    return codes.first <= code && code < codes.second;
+  };
+  if (code >= categories_.size() || isOneOf(badCodes_)) return BadUnsigned;
+  return isOneOf(missingCodes_) ? MissingUnsigned : code;
 }
 
 int QVDataTableColOfNominals::GetInt(std::size_t row, std::size_t col) const {

@@ -256,7 +256,7 @@ QVStatModelResult QVDataTableFileInfo::CountNumberOfHeaderColumns(std::size_t& c
   count = 0;
   if (headerType_ == QVDataTableFileHeaderType::NoHeader) {
     GoToStartOfFile();
-    if (!GetNextLineOfSubstance()) return Fail(NoData, here);
+    if (!GetNextLine()) return Fail(NoData, here);
     count = CutDataLine().size();
     return true;
   }
@@ -289,12 +289,12 @@ QVStatModelResult QVDataTableFileInfo::CountNumberOfDataLines(std::size_t& count
 QVStatModelResult QVDataTableFileInfo::GetNextHeaderFieldVector(std::vector<std::string>& fields) {
   const char* const here = "GetNextHeaderFieldVector";
   fields.clear();
-  if (headerType_ == QVDataTableFileHeaderType::NoHeader) return Fail(WrongDataViewFileType, here);
-  if (headerType_ == QVDataTableFileHeaderType::Unknown) return Fail(BadDataViewFileType, here);
   if (!FileIsInHeaderRegion())
     return Fail(WrongDataViewFileState, here,
                 "Desired File State is: " +
                     QVDataTableFileState::StateName[QVDataTableFileState::InHeader]);
+  if (headerType_ == QVDataTableFileHeaderType::NoHeader) return Fail(WrongDataViewFileType, here);
+  if (headerType_ == QVDataTableFileHeaderType::Unknown) return Fail(BadDataViewFileType, here);
   if (headerType_ != QVDataTableFileHeaderType::ArffAttributes) {
     if (!GetNextLine()) return Fail(NoData, here);
     fields = QVStringTokenize(status_.GetLastLine(), headerDelimiters_);
@@ -389,10 +389,15 @@ QVStatModelResult QVDataTableFileInfo::ProcessArffAttributeLine(
 
 // Setting up the columns.
 
-void QVDataTableFileInfo::SetLineNumberColumn(std::size_t numRows) {
+QVStatModelResult QVDataTableFileInfo::SetLineNumberColumn() {
+  // Only whether there are data lines to count: room is found without counting them.
+  std::size_t count = 0;
+  if (GoToStartOfData().NotSuccessful())
+    return PassOn(CountNumberOfDataLines(count), "SetFileColumns");
   columns_.clear();
   lineNumbers_ = QVDataTableFileCol("LineNumbers", MakeFullName("LineNumbers"),
-                                    QVStatVariableType::Interval, numRows, missingValue_, 1, false);
+                                    QVStatVariableType::Interval, 0, missingValue_, 1, false);
+  return true;
 }
 
 QVStatModelResult QVDataTableFileInfo::SetFileColumns() {
@@ -441,6 +446,10 @@ QVStatModelResult QVDataTableFileInfo::SetFileColumns(const std::vector<std::str
 
 QVStatModelResult QVDataTableFileInfo::SetFileColumns(const std::vector<std::string>& names,
                                                       const std::vector<unsigned int>& levels) {
+  if (names.size() != levels.size())
+    return Fail(MismatchBetweenPrivateVecSizes, "SetFileColumns",
+                "num names = " + std::to_string(names.size()) +
+                    " num stat var types = " + std::to_string(levels.size()));
   return SetFileColumns(names, levels, std::vector<std::size_t>(levels.size(), 1), false);
 }
 
@@ -452,7 +461,8 @@ QVStatModelResult QVDataTableFileInfo::SetFileColumns(
                 "num names = " + std::to_string(names.size()) +
                     " num stat var types = " + std::to_string(levels.size()) +
                     "size of vec of discrete value vecs = " + std::to_string(categories.size()));
-  SetLineNumberColumn(0);
+  const QVStatModelResult result = SetLineNumberColumn();
+  if (result.NotSuccessful()) return result;
   for (std::size_t i = 0; i < names.size(); ++i)
     columns_.emplace_back(names[i], MakeFullName(names[i]), levels[i], categories[i], 0,
                           missingValue_);
@@ -468,7 +478,8 @@ QVStatModelResult QVDataTableFileInfo::SetFileColumns(const std::vector<std::str
                 "num names = " + std::to_string(names.size()) +
                     " num stat var types = " + std::to_string(levels.size()) +
                     " num column 2nd dimension = " + std::to_string(valuesPerRow.size()));
-  SetLineNumberColumn(0);
+  const QVStatModelResult result = SetLineNumberColumn();
+  if (result.NotSuccessful()) return result;
   for (std::size_t i = 0; i < names.size(); ++i) {
     const bool triangular = lastColumnIsLowerTriangular && i + 1 == names.size();
     if (levels[i] == QVStatVariableType::Unknown)

@@ -91,6 +91,15 @@ bool QVRowColPredOf<Test, Value>::operator()(const QVDataTableRow& row) const {
 }
 
 template <class Test, class Value>
+bool QVRowColPredOf<Test, Value>::IsFreeOfEffects() const {
+  if constexpr (!std::is_integral_v<Value>) return true;
+  // Texts and codes read as whole numbers without reports, an int as an int.
+  const unsigned int type = column_.GetStatVarDataType();
+  return type == QVStatVarDataType::String ||
+         (type == QVStatVarDataType::Integer && std::is_same_v<Value, int>);
+}
+
+template <class Test, class Value>
 QVRowColPredOf<Test, Value>* QVRowColPredOf<Test, Value>::CreateCopy() const {
   return new Test(static_cast<const Test&>(*this));
 }

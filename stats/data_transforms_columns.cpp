@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <type_traits>
 
 #include "platform/system/text.h"
 
@@ -48,47 +49,35 @@ std::vector<QVDataTableCol> AtLeastOne(const std::vector<QVDataTableCol>& argume
   return arguments.empty() ? std::vector<QVDataTableCol>(1) : arguments;
 }
 
-/// Calls `evaluate` with the arguments of a cell, read in the type that the transform takes.
-/// `read(get)` makes the arguments: get is a member function of QVDataTableCol.
-template <class Columns, class Evaluate>
-auto EvaluateCell(const QVDataTransformBase& transform, const Columns& columns, std::size_t row,
-                  std::size_t col, Evaluate evaluate) {
-  switch (transform.DataTypeOfTransformArgument()) {
-    case QVStatVarDataType::Unsigned:
-      return columns.Read(&QVDataTableCol::GetUnsigned, row, col, evaluate);
-    case QVStatVarDataType::Integer:
-      return columns.Read(&QVDataTableCol::GetInt, row, col, evaluate);
-    case QVStatVarDataType::String:
-      return columns.Read(&QVDataTableCol::GetString, row, col, evaluate);
-    default:
-      return columns.Read(&QVDataTableCol::GetDouble, row, col, evaluate);
-  }
-}
-
-/// Arguments of one, of two, and of any number of columns.
-struct OneColumn {
-  const QVDataTableCol& x;
+/// The cells of the argument columns, as the arguments of a transform of one, of two and of any
+/// number. Read calls evaluate(arguments...); `get` is a member function of QVDataTableCol.
+template <class Transform>
+struct ArgumentsOf;
+template <>
+struct ArgumentsOf<QVSingleArgDataTransformBase> {
+  const std::vector<QVDataTableCol>& columns;
   template <class Get, class Evaluate>
   auto Read(Get get, std::size_t row, std::size_t col, Evaluate evaluate) const {
-    return evaluate((x.*get)(row, col));
+    return evaluate((columns[0].*get)(row, col));
   }
 };
-struct TwoColumns {
-  const QVDataTableCol& x;
-  const QVDataTableCol& y;
+template <>
+struct ArgumentsOf<QVTwoArgsDataTransformBase> {
+  const std::vector<QVDataTableCol>& columns;
   template <class Get, class Evaluate>
   auto Read(Get get, std::size_t row, std::size_t col, Evaluate evaluate) const {
-    return evaluate((x.*get)(row, col), (y.*get)(row, col));
+    return evaluate((columns[0].*get)(row, col), (columns[1].*get)(row, col));
   }
 };
-struct ManyColumns {
-  const std::vector<QVDataTableCol>& all;
+template <>
+struct ArgumentsOf<QVVecOfArgsDataTransformBase> {
+  const std::vector<QVDataTableCol>& columns;
   template <class Value>
   std::vector<Value> Collect(Value (QVDataTableCol::*get)(std::size_t, std::size_t) const,
                              std::size_t row, std::size_t col) const {
     std::vector<Value> values;
-    values.reserve(all.size());
-    for (const QVDataTableCol& column : all) values.push_back((column.*get)(row, col));
+    values.reserve(columns.size());
+    for (const QVDataTableCol& column : columns) values.push_back((column.*get)(row, col));
     return values;
   }
   template <class Get, class Evaluate>
@@ -97,16 +86,85 @@ struct ManyColumns {
   }
 };
 
+/// Calls evaluate(arguments...) with the cell's arguments in the type that the transform takes.
+template <class Transform, class Evaluate>
+auto EvaluateCell(const Transform& transform, const std::vector<QVDataTableCol>& columns,
+                  std::size_t row, std::size_t col, Evaluate evaluate) {
+  const ArgumentsOf<Transform> arguments{columns};
+  switch (transform.DataTypeOfTransformArgument()) {
+    case QVStatVarDataType::Unsigned:
+      return arguments.Read(&QVDataTableCol::GetUnsigned, row, col, evaluate);
+    case QVStatVarDataType::Integer:
+      return arguments.Read(&QVDataTableCol::GetInt, row, col, evaluate);
+    case QVStatVarDataType::String:
+      return arguments.Read(&QVDataTableCol::GetString, row, col, evaluate);
+    default:
+      return arguments.Read(&QVDataTableCol::GetDouble, row, col, evaluate);
+  }
+}
+
 bool TakesDoubles(const QVDataTransformBase& transform) {
   return transform.DataTypeOfTransformArgument() == QVStatVarDataType::Double;
+}
+
+/// Cells that are computed at a time: what nested transforms compute for each other stays in the
+/// first-level cache.
+constexpr std::size_t kBlock = 1024;
+
+template <class Transform, class... Arguments>
+void Apply(const Transform& transform, std::size_t n, double* values, Arguments... x) {
+  transform.GetDoubles(x..., n, values);
+}
+template <class Transform, class... Arguments>
+void Apply(const Transform& transform, std::size_t n, unsigned int* values, Arguments... x) {
+  transform.GetUnsigneds(x..., n, values);
+}
+
+/// The values of a block of cells by a transform of doubles. The arguments stand in arrays of their
+/// own, so that the loop of a transform can be vectorised.
+template <class Value>
+void EvaluateBlock(const QVSingleArgDataTransformBase& transform,
+                   const std::vector<QVDataTableCol>& columns, const QVRowNumbers& rows,
+                   std::size_t col, Value* values) {
+  std::array<double, kBlock> x;
+  columns[0].GetImpl()->GetDoubles(rows, col, x.data());
+  Apply(transform, rows.size(), values, x.data());
+}
+
+template <class Value>
+void EvaluateBlock(const QVTwoArgsDataTransformBase& transform,
+                   const std::vector<QVDataTableCol>& columns, const QVRowNumbers& rows,
+                   std::size_t col, Value* values) {
+  std::array<double, kBlock> x;
+  std::array<double, kBlock> y;
+  columns[0].GetImpl()->GetDoubles(rows, col, x.data());
+  columns[1].GetImpl()->GetDoubles(rows, col, y.data());
+  Apply(transform, rows.size(), values, x.data(), y.data());
+}
+
+template <class Value>
+void EvaluateBlock(const QVVecOfArgsDataTransformBase& transform,
+                   const std::vector<QVDataTableCol>& columns, const QVRowNumbers& rows,
+                   std::size_t col, Value* values) {
+  const std::size_t n = rows.size();
+  std::vector<double> cells(n * columns.size());
+  for (std::size_t k = 0; k < columns.size(); ++k)
+    columns[k].GetImpl()->GetDoubles(rows, col, &cells[k * n]);
+  std::vector<double> ofRow(columns.size());
+  for (std::size_t i = 0; i < n; ++i) {
+    for (std::size_t k = 0; k < ofRow.size(); ++k) ofRow[k] = cells[k * n + i];
+    if constexpr (std::is_same_v<Value, double>)
+      values[i] = transform.GetDouble(ofRow);
+    else
+      values[i] = transform.GetUnsigned(ofRow);
+  }
 }
 
 }  // namespace
 
 // What the three share.
 
-QVTransformColBase::QVTransformColBase(const QVDataTransformBase&, const std::string& name,
-                                       const std::string& fullName,
+QVTransformColBase::QVTransformColBase(const std::string& name, const std::string& fullName,
                                        const std::vector<QVDataTableCol>& arguments)
     : QVDataTableColBase(name, fullName, GetFirst(arguments).GetNumColumnsInCol(),
                          GetFirst(arguments).ColIsLowerTriangular(),
@@ -209,7 +267,6 @@ std::string QVTransformColBase::GetString(std::size_t row, std::size_t col) cons
                                                               : BadIndexDoubleName;
 }
 
-// Blocks keep what nested transforms compute for each other in the first-level cache.
 void QVTransformColBase::GetDoubles(const QVRowNumbers& rows, std::size_t col,
                                     double* values) const {
   for (std::size_t from = 0; from < rows.size(); from += kBlock) {
@@ -232,6 +289,59 @@ void QVTransformColBase::GetUnsigneds(const QVRowNumbers& rows, std::size_t col,
   }
 }
 
+// Evaluation, of one cell and of a block of rows.
+
+template <class Transform>
+QVTransformColOf<Transform>::QVTransformColOf(const Transform& transform, const std::string& name,
+                                              const std::string& fullName,
+                                              const std::vector<QVDataTableCol>& arguments)
+    : QVTransformColBase(name, fullName, arguments), transform_(transform.CreateCopy()) {}
+
+template <class Transform>
+unsigned int QVTransformColOf<Transform>::EvaluateUnsigned(std::size_t row, std::size_t col) const {
+  return EvaluateCell(*transform_, GetArguments(), row, col, [&](const auto&... arguments) {
+    return transform_->GetUnsigned(arguments...);
+  });
+}
+
+template <class Transform>
+int QVTransformColOf<Transform>::EvaluateInt(std::size_t row, std::size_t col) const {
+  return EvaluateCell(*transform_, GetArguments(), row, col,
+                      [&](const auto&... arguments) { return transform_->GetInt(arguments...); });
+}
+
+template <class Transform>
+double QVTransformColOf<Transform>::EvaluateDouble(std::size_t row, std::size_t col) const {
+  return EvaluateCell(*transform_, GetArguments(), row, col, [&](const auto&... arguments) {
+    return transform_->GetDouble(arguments...);
+  });
+}
+
+template <class Transform>
+std::string QVTransformColOf<Transform>::EvaluateString(std::size_t row, std::size_t col) const {
+  return EvaluateCell(*transform_, GetArguments(), row, col, [&](const auto&... arguments) {
+    return transform_->GetString(arguments...);
+  });
+}
+
+template <class Transform>
+void QVTransformColOf<Transform>::EvaluateDoubles(const QVRowNumbers& rows, std::size_t col,
+                                                  double* values) const {
+  if (!TakesDoubles(*transform_)) return QVDataTableColBase::GetDoubles(rows, col, values);
+  EvaluateBlock(*transform_, GetArguments(), rows, col, values);
+}
+
+template <class Transform>
+void QVTransformColOf<Transform>::EvaluateUnsigneds(const QVRowNumbers& rows, std::size_t col,
+                                                    unsigned int* values) const {
+  if (!TakesDoubles(*transform_)) return QVDataTableColBase::GetUnsigneds(rows, col, values);
+  EvaluateBlock(*transform_, GetArguments(), rows, col, values);
+}
+
+template class QVTransformColOf<QVSingleArgDataTransformBase>;
+template class QVTransformColOf<QVTwoArgsDataTransformBase>;
+template class QVTransformColOf<QVVecOfArgsDataTransformBase>;
+
 // One column.
 
 QVSingleArgColTransform::QVSingleArgColTransform(const QVSingleArgDataTransformBase& transform,
@@ -243,48 +353,10 @@ QVSingleArgColTransform::QVSingleArgColTransform(const QVSingleArgDataTransformB
                                                  const std::string& name,
                                                  const std::string& fullName,
                                                  const QVDataTableCol& argument)
-    : QVTransformColBase(transform, name, fullName, {argument}),
-      transform_(transform.CreateCopy()) {}
+    : QVTransformColOf(transform, name, fullName, {argument}) {}
 
 std::size_t QVSingleArgColTransform::GetNumUniqueDiscreteValues() const {
   return GetArguments().front().GetNumUniqueDiscreteValues();
-}
-
-unsigned int QVSingleArgColTransform::EvaluateUnsigned(std::size_t row, std::size_t col) const {
-  return EvaluateCell(*transform_, OneColumn{GetArguments()[0]}, row, col,
-                      [&](const auto& x) { return transform_->GetUnsigned(x); });
-}
-
-int QVSingleArgColTransform::EvaluateInt(std::size_t row, std::size_t col) const {
-  return EvaluateCell(*transform_, OneColumn{GetArguments()[0]}, row, col,
-                      [&](const auto& x) { return transform_->GetInt(x); });
-}
-
-double QVSingleArgColTransform::EvaluateDouble(std::size_t row, std::size_t col) const {
-  return EvaluateCell(*transform_, OneColumn{GetArguments()[0]}, row, col,
-                      [&](const auto& x) { return transform_->GetDouble(x); });
-}
-
-std::string QVSingleArgColTransform::EvaluateString(std::size_t row, std::size_t col) const {
-  return EvaluateCell(*transform_, OneColumn{GetArguments()[0]}, row, col,
-                      [&](const auto& x) { return transform_->GetString(x); });
-}
-
-void QVSingleArgColTransform::EvaluateDoubles(const QVRowNumbers& rows, std::size_t col,
-                                              double* values) const {
-  if (!TakesDoubles(*transform_)) return QVDataTableColBase::GetDoubles(rows, col, values);
-  // Separate arrays, so that the loop of a transform can be vectorised.
-  std::array<double, kBlock> x;
-  GetArguments()[0].GetImpl()->GetDoubles(rows, col, x.data());
-  transform_->GetDoubles(x.data(), rows.size(), values);
-}
-
-void QVSingleArgColTransform::EvaluateUnsigneds(const QVRowNumbers& rows, std::size_t col,
-                                                unsigned int* values) const {
-  if (!TakesDoubles(*transform_)) return QVDataTableColBase::GetUnsigneds(rows, col, values);
-  std::array<double, kBlock> x;
-  GetArguments()[0].GetImpl()->GetDoubles(rows, col, x.data());
-  transform_->GetUnsigneds(x.data(), rows.size(), values);
 }
 
 // Two columns.
@@ -300,48 +372,7 @@ QVTransformTwoColsIntoOne::QVTransformTwoColsIntoOne(const QVTwoArgsDataTransfor
                                                      const std::string& fullName,
                                                      const QVDataTableCol& first,
                                                      const QVDataTableCol& second)
-    : QVTransformColBase(transform, name, fullName, {first, second}),
-      transform_(transform.CreateCopy()) {}
-
-unsigned int QVTransformTwoColsIntoOne::EvaluateUnsigned(std::size_t row, std::size_t col) const {
-  return EvaluateCell(*transform_, TwoColumns{GetArguments()[0], GetArguments()[1]}, row, col,
-                      [&](const auto& x, const auto& y) { return transform_->GetUnsigned(x, y); });
-}
-
-int QVTransformTwoColsIntoOne::EvaluateInt(std::size_t row, std::size_t col) const {
-  return EvaluateCell(*transform_, TwoColumns{GetArguments()[0], GetArguments()[1]}, row, col,
-                      [&](const auto& x, const auto& y) { return transform_->GetInt(x, y); });
-}
-
-double QVTransformTwoColsIntoOne::EvaluateDouble(std::size_t row, std::size_t col) const {
-  return EvaluateCell(*transform_, TwoColumns{GetArguments()[0], GetArguments()[1]}, row, col,
-                      [&](const auto& x, const auto& y) { return transform_->GetDouble(x, y); });
-}
-
-std::string QVTransformTwoColsIntoOne::EvaluateString(std::size_t row, std::size_t col) const {
-  return EvaluateCell(*transform_, TwoColumns{GetArguments()[0], GetArguments()[1]}, row, col,
-                      [&](const auto& x, const auto& y) { return transform_->GetString(x, y); });
-}
-
-void QVTransformTwoColsIntoOne::EvaluateDoubles(const QVRowNumbers& rows, std::size_t col,
-                                                double* values) const {
-  if (!TakesDoubles(*transform_)) return QVDataTableColBase::GetDoubles(rows, col, values);
-  std::array<double, kBlock> x;
-  std::array<double, kBlock> y;
-  GetArguments()[0].GetImpl()->GetDoubles(rows, col, x.data());
-  GetArguments()[1].GetImpl()->GetDoubles(rows, col, y.data());
-  transform_->GetDoubles(x.data(), y.data(), rows.size(), values);
-}
-
-void QVTransformTwoColsIntoOne::EvaluateUnsigneds(const QVRowNumbers& rows, std::size_t col,
-                                                  unsigned int* values) const {
-  if (!TakesDoubles(*transform_)) return QVDataTableColBase::GetUnsigneds(rows, col, values);
-  std::array<double, kBlock> x;
-  std::array<double, kBlock> y;
-  GetArguments()[0].GetImpl()->GetDoubles(rows, col, x.data());
-  GetArguments()[1].GetImpl()->GetDoubles(rows, col, y.data());
-  transform_->GetUnsigneds(x.data(), y.data(), rows.size(), values);
-}
+    : QVTransformColOf(transform, name, fullName, {first, second}) {}
 
 // Any number of columns.
 
@@ -353,8 +384,7 @@ QVTransformVecOfColsIntoOne::QVTransformVecOfColsIntoOne(
 QVTransformVecOfColsIntoOne::QVTransformVecOfColsIntoOne(
     const QVVecOfArgsDataTransformBase& transform, const std::string& name,
     const std::string& fullName, const std::vector<QVDataTableCol>& arguments)
-    : QVTransformColBase(transform, name, fullName, arguments),
-      transform_(transform.CreateCopy()) {}
+    : QVTransformColOf(transform, name, fullName, arguments) {}
 
 std::size_t QVTransformVecOfColsIntoOne::GetNumUniqueDiscreteValues() const {
   std::vector<double> values(GetTotalNumRowsInCol());
@@ -386,62 +416,25 @@ void QVTransformVecOfColsIntoOne::GetCellStates(const QVRowNumbers& rows, std::s
   QVDataTableColBase::GetCellStates(rows, col, states);
 }
 
+using Arguments = ArgumentsOf<QVVecOfArgsDataTransformBase>;
+
 std::vector<unsigned int> QVTransformVecOfColsIntoOne::GetVecOfUnsigneds(std::size_t row,
                                                                          std::size_t col) const {
-  return ManyColumns{GetArguments()}.Collect(&QVDataTableCol::GetUnsigned, row, col);
+  return Arguments{GetArguments()}.Collect(&QVDataTableCol::GetUnsigned, row, col);
 }
 
 std::vector<int> QVTransformVecOfColsIntoOne::GetVecOfInts(std::size_t row, std::size_t col) const {
-  return ManyColumns{GetArguments()}.Collect(&QVDataTableCol::GetInt, row, col);
+  return Arguments{GetArguments()}.Collect(&QVDataTableCol::GetInt, row, col);
 }
 
 std::vector<double> QVTransformVecOfColsIntoOne::GetVecOfDoubles(std::size_t row,
                                                                  std::size_t col) const {
-  return ManyColumns{GetArguments()}.Collect(&QVDataTableCol::GetDouble, row, col);
+  return Arguments{GetArguments()}.Collect(&QVDataTableCol::GetDouble, row, col);
 }
 
 std::vector<std::string> QVTransformVecOfColsIntoOne::GetVecOfStrings(std::size_t row,
                                                                       std::size_t col) const {
-  return ManyColumns{GetArguments()}.Collect(&QVDataTableCol::GetString, row, col);
-}
-
-unsigned int QVTransformVecOfColsIntoOne::EvaluateUnsigned(std::size_t row, std::size_t col) const {
-  return EvaluateCell(*transform_, ManyColumns{GetArguments()}, row, col,
-                      [&](const auto& values) { return transform_->GetUnsigned(values); });
-}
-
-int QVTransformVecOfColsIntoOne::EvaluateInt(std::size_t row, std::size_t col) const {
-  return EvaluateCell(*transform_, ManyColumns{GetArguments()}, row, col,
-                      [&](const auto& values) { return transform_->GetInt(values); });
-}
-
-double QVTransformVecOfColsIntoOne::EvaluateDouble(std::size_t row, std::size_t col) const {
-  return EvaluateCell(*transform_, ManyColumns{GetArguments()}, row, col,
-                      [&](const auto& values) { return transform_->GetDouble(values); });
-}
-
-std::string QVTransformVecOfColsIntoOne::EvaluateString(std::size_t row, std::size_t col) const {
-  return EvaluateCell(*transform_, ManyColumns{GetArguments()}, row, col,
-                      [&](const auto& values) { return transform_->GetString(values); });
-}
-
-void QVTransformVecOfColsIntoOne::EvaluateDoubles(const QVRowNumbers& rows, std::size_t col,
-                                                  double* values) const {
-  if (!TakesDoubles(*transform_)) return QVDataTableColBase::GetDoubles(rows, col, values);
-  const std::size_t n = rows.size();
-  std::vector<double> cells(n * GetArguments().size());
-  for (std::size_t k = 0; k < GetArguments().size(); ++k)
-    GetArguments()[k].GetImpl()->GetDoubles(rows, col, &cells[k * n]);
-  std::vector<double> ofRow(GetArguments().size());
-  for (std::size_t i = 0; i < n; ++i) {
-    for (std::size_t k = 0; k < ofRow.size(); ++k) ofRow[k] = cells[k * n + i];
-    values[i] = transform_->GetDouble(ofRow);
-  }
-}
-
-void QVTransformVecOfColsIntoOne::EvaluateUnsigneds(const QVRowNumbers& rows, std::size_t col,
-                                                    unsigned int* values) const {
-  QVDataTableColBase::GetUnsigneds(rows, col, values);
+  return Arguments{GetArguments()}.Collect(&QVDataTableCol::GetString, row, col);
 }
 
 // The operators on columns.

@@ -47,8 +47,8 @@ std::string ResponseFormat::GetInterval(double response, double standardDeviatio
          GetText(response + kNormal95 * standardDeviation) + ']';
 }
 
-bool HasDistribution(const QVMolKrigeResult& result) {
-  return result.Valid() && result.GetVariance() > 0.0 &&
+bool HasVariance(const QVMolKrigeResult& result) {
+  return result.Valid() && result.GetVariance() >= 0.0 &&
          result.GetVariance() < std::numeric_limits<double>::max();
 }
 
@@ -83,8 +83,23 @@ std::array<double, kNumBins> MakeHistogram(const std::vector<double>& responses,
   return counts;
 }
 
+constexpr double kLargest = std::numeric_limits<double>::max();
+
+/// The probability of the part of a class that lies between two responses.
+double GetClassProbability(const QVMolKrigeResult& result, const QVKrigeReportOptions& options,
+                           unsigned int k, double min = -kLargest, double max = kLargest) {
+  const double low = options.GetClassificationLowerBound(k);
+  const double high = options.GetClassificationUpperBound(k);
+  if (result.GetVariance() != 0.0)
+    return QVProbabilityBetween(result, std::min(high, max), std::max(low, min));
+  // Without variance the prediction is in one class for certain; at a boundary, in the lower one.
+  const double response = result.GetResponse();
+  return low < response && response <= high && min <= response && response <= max ? 1.0 : 0.0;
+}
+
 /// A class as far as the axis shows it.
 struct ShownClass {
+  unsigned int index;
   double low;  // responses
   double high;
   QVColor color;
@@ -115,10 +130,12 @@ class DistributionPanel {
   }
 
  private:
+  bool HasDensity() const { return HasVariance(result_) && result_.GetVariance() > 0.0; }
+
   bool DrawHeader(QVImageBase& header) const {
     const double response = result_.GetResponse();
     std::string text = format_.GetCaption(response);
-    if (options_.GetShowConfidence() && HasDistribution(result_))
+    if (options_.GetShowConfidence() && HasVariance(result_))
       text += format_.GetInterval(response, std::sqrt(result_.GetVariance()), ", ");
     return QVDepict::QVDrawTextToFit(header, text, GetBoldFont(header.GetHeight()), 4.0);
   }
@@ -137,7 +154,7 @@ class DistributionPanel {
     QVImageFrame labels(body, {0.0, height - labelHeight}, body.GetWidth(), labelHeight);
     if (bandHeight > 0.0) DrawBand(band);
     DrawHistogram(plot);
-    if (HasDistribution(result_)) DrawDensity(plot);
+    if (HasDensity()) DrawDensity(plot);
     DrawKey(plot, size);
     DrawPrediction(value, size);
     DrawAxis(labels, size);
@@ -151,7 +168,7 @@ class DistributionPanel {
       const double high = std::min(options_.GetClassificationUpperBound(k), axis_.max);
       if (!(low < high)) continue;
       const double width = axis_.Map(high) - axis_.Map(low);
-      shown.push_back({low, high, options_.GetClassificationColor(k),
+      shown.push_back({k, low, high, options_.GetClassificationColor(k),
                        static_cast<unsigned int>(std::min(bandHeight, width / 3.0))});
     }
     return shown;
@@ -168,9 +185,10 @@ class DistributionPanel {
       if (piece.labelSize > kTooSmall)
         commonSize = std::min(commonSize.value_or(piece.labelSize), piece.labelSize);
     }
-    if (!commonSize || !HasDistribution(result_)) return;
+    if (!commonSize || !HasVariance(result_)) return;
     for (const ShownClass& piece : shown) {
-      const double percent = 100.0 * QVProbabilityBetween(result_, piece.high, piece.low);
+      const double percent =
+          100.0 * GetClassProbability(result_, options_, piece.index, axis_.min, axis_.max);
       const bool across = piece.labelSize >= kSmallest;
       const double low = axis_.Map(piece.low);
       const double high = axis_.Map(piece.high);
@@ -234,7 +252,7 @@ class DistributionPanel {
                 QVSystem::QVMixColors(kTrainingColor, QVSystem::QVBlack, 0.4));
     const double x = toTheRight ? plot.GetWidth() - 2.0 : 2.0;
     plot.DrawText({x, 1.3 * keySize}, "training", font);
-    if (HasDistribution(result_))
+    if (HasDensity())
       plot.DrawText({x, 2.6 * keySize}, "prediction",
                     font.SetColor(QVSystem::QVMixColors(kPredictionColor, QVSystem::QVBlack, 0.2)));
   }
@@ -292,12 +310,6 @@ std::string GetClassName(const QVKrigeReportOptions& options, unsigned int k) {
   if (k == last) return "above " + print(options.GetClassificationLowerBound(k));
   return print(options.GetClassificationLowerBound(k)) + " to " +
          print(options.GetClassificationUpperBound(k));
-}
-
-double GetClassProbability(const QVMolKrigeResult& result, const QVKrigeReportOptions& options,
-                           unsigned int k) {
-  return QVProbabilityBetween(result, options.GetClassificationUpperBound(k),
-                              options.GetClassificationLowerBound(k));
 }
 
 void DrawClassCircle(QVImageBase& image, const QVMolKrigeResult& result,

@@ -26,15 +26,18 @@ struct Quality {
   QVColor color;
 };
 
+// The ratios are written so that what is no number, as for a model of equal responses, gives the
+// lowest quality too.
+
 double GetConfidence(const QVMolKrigeResult& result) {
   const double share = result.GetVariance() / result.GetKernel().GetSill();
-  return share > 0.999 ? kLowestQuality : 1.0 - share;
+  return share <= 0.999 ? 1.0 - share : kLowestQuality;
 }
 
 double GetVariogramFit(const QVMolKrigeResult& result) {
   const double fitness = QVGetFitness(result.GetKernel(), result.GetVariogram());
   const double misfit = 2.0 / (std::exp(-4.0 * fitness) + 1.0);
-  return misfit > 1.999 ? kLowestQuality : 2.0 - misfit;
+  return misfit <= 1.999 ? 2.0 - misfit : kLowestQuality;
 }
 
 double GetMeasuredShare(const QVMolKrigeResult& result) {
@@ -45,7 +48,6 @@ double GetMeasuredShare(const QVMolKrigeResult& result) {
     all += weight;
     if (!result.GetElementIsUnmeasured(i)) measured += weight;
   }
-  // Written so that weights that are all 0 give the lowest quality too.
   return measured / all > kLowestQuality ? measured / all : kLowestQuality;
 }
 

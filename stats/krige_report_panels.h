@@ -41,8 +41,8 @@ class ResponseFormat {
   bool unlog_;
 };
 
-/// Whether the result has a variance that a normal distribution can be drawn with.
-bool HasDistribution(const QVMolKrigeResult& result);
+/// Whether the result has a variance, which is 0 for a query that is a training molecule.
+bool HasVariance(const QVMolKrigeResult& result);
 
 }  // namespace QVStats
 

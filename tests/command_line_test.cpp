@@ -8,8 +8,13 @@
 #include <fstream>
 #include <sstream>
 
+#include "platform/likeness/vsepr.h"
+#include "stats/api/data_table_fileInfo.h"
+#include "tests/support/molecules.h"
+
 namespace {
 
+using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::SizeIs;
 
@@ -210,6 +215,39 @@ TEST_F(CommandLine, RefusesReportsThatCannotBeWritten) {
   }
   for (const auto& entry : std::filesystem::directory_iterator(directory_))
     EXPECT_NE(entry.path().filename().string().rfind("page", 0), 0u) << entry.path();
+}
+
+// Real molecules to a similarity triangle, and back through the loader.
+TEST_F(CommandLine, SimilaritiesReadBackAreTheTanimotos) {
+  for (const std::string path : {QVSTATS_TEST_DATA "/drugs.smi",
+                                 QVSTATS_RDKIT_DATA "/Contrib/FreeWilson/data/CHEMBL2321810.smi"}) {
+    if (!std::filesystem::exists(path)) continue;
+    ASSERT_EQ(Run("similarity --quiet '" + path + "' out.pgs.gz"), 0) << messages_;
+    QVStats::QVDataTable table("similarities");
+    QVPlatform::qvifstream in((directory_ / "out.pgs.gz").string());
+    const QVStats::QVStatModelResult loaded =
+        QVStats::QVLoadDataTableFromPGSFile(table, in, "out.pgs.gz", true);
+    ASSERT_TRUE(loaded.IsSuccessful()) << loaded.ReportStatResultDetails();
+
+    std::vector<QVLikeness::QVVseprFingerprint> fingerprints;
+    std::ifstream molecules(path);
+    for (std::string smiles, title; molecules >> smiles && std::getline(molecules, title);)
+      fingerprints.emplace_back(MakeMol(smiles), QVLikeness::QVVseprOptions());
+    const std::size_t size = fingerprints.size();
+    ASSERT_EQ(table.GetNumRows(), size);
+    const QVStats::QVDataTableCol& matrix = table.GetColumnFromName("SimilarityMatrix");
+    ASSERT_TRUE(matrix.ColIsLowerTriangular());
+    // All pairs of few molecules, some of many.
+    const std::size_t step = size > 100 ? 97 : 1;
+    for (std::size_t pair = 0; pair < size * size; pair += step)
+      ASSERT_EQ(matrix.GetDouble(pair / size, pair % size),
+                fingerprints[pair / size].GetTanimoto(fingerprints[pair % size]))
+          << path << ", pair " << pair;
+
+    EXPECT_EQ(Run("table out.pgs.gz"), 0) << messages_;
+    EXPECT_THAT(output_, HasSubstr(std::to_string(size) + " rows, 3 columns"));
+    EXPECT_THAT(output_, ContainsRegex("SimilarityMatrix +Ratio +Double +0 +0 "));
+  }
 }
 
 }  // namespace

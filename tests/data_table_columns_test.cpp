@@ -218,6 +218,18 @@ TEST(Columns, SlicesTakeOneValueOfEveryRow) {
   const QVDataTableCol codes = QVSliceColumn(nominal, 0);
   EXPECT_EQ(codes.GetString(0, 0), "BadStringData");
   EXPECT_EQ(codes.GetString(1, 0), "MissingStringData");
+  // Possible values that hold the sentinels already make them categories twice.
+  const QVDataTableCol twice = QVSliceColumn(codes, 0);
+  EXPECT_THAT(twice.GetUniqueDiscreteValues(),
+              ElementsAre("BadStringData", "BadStringData", "MissingStringData",
+                          "MissingStringData", "a", "b"));
+  QVDataTableCol repeated("r", 1, twice.GetUniqueDiscreteValues(), 9, 1, false);
+  for (unsigned int code = 0; code < 7; ++code) repeated.GetImpl()->PushBackUnsigned(code);
+  for (std::size_t row = 0; row < 6; ++row) {
+    EXPECT_EQ(repeated.GetUnsigned(row, 0), row < 3 ? BadUnsigned : MissingUnsigned) << row;
+    EXPECT_EQ(repeated.RowColHasBadData(row, 0), row < 3) << row;
+  }
+  EXPECT_EQ(repeated.GetUnsigned(6, 0), 6u);
   EXPECT_EQ(QVSliceColumn(QVDataTableCol(), 0).GetColumnName(), "NullColumn");
 }
 

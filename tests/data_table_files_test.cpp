@@ -366,8 +366,22 @@ TEST(FileInfo, PositionsAndCounts) {
   EXPECT_EQ(column->GetColumnName(), "Name One");
   EXPECT_EQ(column->GetDataTableCol().GetDouble(1, 0), 3.0);
   const auto mismatch = info.SetFileColumns({"a"}, std::vector<unsigned int>{4, 4});
-  EXPECT_THAT(mismatch.ReportStatResultDetails(),
-              HasSubstr("num names = 1 num stat var types = 2"));
+  EXPECT_EQ(*mismatch.GetComments(), "num names = 1 num stat var types = 2");
+
+  // Without a header the first line counts, whatever it holds.
+  const TemporaryFile bare("% a comment here\n1 2\n");
+  QVPlatform::qvifstream bareIn(bare.GetPath());
+  const auto open = [&](unsigned int headerType) {
+    return QVDataTableFileInfo(bareIn, "f", headerType, QVDataTableFileDataLayoutType::Rectangular,
+                               " ,\n", "'\"", "%", "?");
+  };
+  QVDataTableFileInfo first = open(QVDataTableFileHeaderType::NoHeader);
+  EXPECT_TRUE(first.CountNumberOfHeaderColumns(count).IsSuccessful());
+  EXPECT_EQ(count, 4u);
+  EXPECT_EQ(first.GetNextHeaderFieldVector(fields).GetFailureType(), WrongDataViewFileState);
+  first.SetFileState(QVDataTableFileState::InHeader);
+  EXPECT_EQ(first.GetNextHeaderFieldVector(fields).GetFailureType(), WrongDataViewFileType);
+  EXPECT_EQ(open(99).SetFileColumns({"a"}, {4}).GetFailureType(), BadDataViewFileType);
 }
 
 TEST(FileInfo, ColumnsCollectTextsUntilTheirTypeIsKnown) {

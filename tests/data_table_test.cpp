@@ -4,6 +4,7 @@
 
 #include <random>
 
+#include "platform/system/error_handler.h"
 #include "stats/api/data_table_impl.h"
 #include "stats/api/data_table_row_predicates.h"
 #include "stats/api/data_transforms_columns.h"
@@ -176,6 +177,17 @@ TEST(Predicates, TheSecondOperandIsAskedOnlyWhereItMatters) {
   calls = 0;
   EXPECT_TRUE((!(low && IsEven(calls)))(QVDataTableRow(100)));
   EXPECT_EQ(calls, 0u);
+
+  // A negative number read as unsigned is a fatal report: the first operand keeps it out.
+  QVSystem::QVScopedRecordingSink sink;
+  QVDataTableCol count("n", 3, 4, 1, false);
+  for (const int value : {-2, 7, -7, 3}) QVAppendIntToCol(count, value);
+  const QVDataTableCol x = MakeCol("x", {-2e300, 7, -7e300, 3});
+  EXPECT_THAT((QVRowColWithinInclIntRange(0, 9, count, 0) && QVRowColEqualsUnsigned(7, count, 0) &&
+               QVRowColWithinInclIntRange(0, 9, x, 0))
+                  .Select(QVRowNumbers(std::size_t{0}, 4)),
+              ElementsAre(1));
+  EXPECT_THAT(sink.GetTexts(QVSystem::QVErrorLevel::Fatal), IsEmpty());
 }
 
 struct TransformCase {

@@ -186,6 +186,27 @@ TEST(ReportDistribution, PrintsThePredictionAndCountsTheTraining) {
               IsSupersetOf({"log S 3.16e+05 [178, 5.63e+08]", "1.00", "1.00e+10"}));
 }
 
+TEST(ReportDistribution, IsSureOfATrainingMolecule) {
+  QVKrigeReportOptions options;
+  options.SetShowConfidence(true).PushClassificationBoundry(5.0);
+  const QVMolKrigeResult result = MakeResult({{"CCO", 0.0, 1.0, 2.0}, {"CCN", 0.5, 0.0, 10.0}});
+  ASSERT_EQ(result.GetVariance(), 0.0);
+  QVImage image(300.0, 200.0);
+  ASSERT_TRUE(QVKrigeRenderDistribution(image, result, options));
+  EXPECT_THAT(GetTexts(image),
+              IsSupersetOf({"Response 2.00 [2.00, 2.00]", "100%", " 0%", "training"}));
+  EXPECT_THAT(GetTexts(image), Not(Contains("prediction"))) << "no density to point at";
+
+  // A value on a boundary belongs to the class below it.
+  QVImage circle(200.0, 200.0);
+  options.PushClassificationBoundry(2.0);
+  ASSERT_TRUE(QVKrigeRenderClassification(circle, result, options, false));
+  std::vector<double> shares;
+  for (const QVDrawing& arc : Select(circle, QVDrawing::Kind::Arc))
+    shares.push_back(arc.endAngle - arc.beginAngle);
+  EXPECT_THAT(shares, ElementsAre(360.0, 0.0, 0.0));
+}
+
 TEST(ReportDistribution, ShowsTheClassesOnItsAxis) {
   QVKrigeReportOptions options;
   options.PushClassificationBoundry(5.0).PushClassificationBoundry(9.5).PushClassificationBoundry(

@@ -333,9 +333,10 @@ class QVSTATS_EXPORT QVDataTableColOfNominals : public QVDataTableColBase {
   /// loaded.
   std::vector<unsigned int> codes_;
   std::unordered_map<std::string, unsigned int> distinctTexts_;
-  /// Codes of the sentinel categories, BadUnsigned for one that is no category.
-  unsigned int missingCode_ = QVStatsBadData::BadUnsigned;
-  unsigned int badCode_ = QVStatsBadData::BadUnsigned;
+  /// Codes of the sentinel categories, [first, second): none, or several where possible values
+  /// repeat a sentinel.
+  std::pair<unsigned int, unsigned int> missingCodes_;
+  std::pair<unsigned int, unsigned int> badCodes_;
 };
 
 /// Stands for a column that does not exist: no elements, level and type unknown.

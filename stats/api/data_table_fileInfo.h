@@ -183,6 +183,7 @@ class QVSTATS_EXPORT QVDataTableFileInfo {
 
   QVStatModelResult GoToStartOfHeaderInfo();
   QVStatModelResult GoToStartOfData();
+  /// In a file without a header these are the fields of its first line, whatever that holds.
   QVStatModelResult CountNumberOfHeaderColumns(std::size_t& count);
   QVStatModelResult CountNumberOfDataLines(std::size_t& count);
   /// The fields of the next header line. In an ARFF file these are the fields of the next attribute
@@ -226,7 +227,7 @@ class QVSTATS_EXPORT QVDataTableFileInfo {
                          const std::string& comment = "") const;
   QVStatModelResult AddReport(QVStatModelResult result) const;
   QVStatModelResult SetFileColumnsForArffFile();
-  void SetLineNumberColumn(std::size_t numRows);
+  QVStatModelResult SetLineNumberColumn();
   std::string MakeFullName(const std::string& name) const { return fileName_ + "::" + name; }
   bool SkipLines(std::size_t count);
   /// Reads on to the next line that is neither blank nor a comment; false at the end of the file.

@@ -45,7 +45,8 @@ class QVSTATS_EXPORT QVRowColPredOf : public QVDataTableRowPredBase {
   bool operator()(const QVDataTableRow& row) const override;
   QVRowColPredOf* CreateCopy() const override;
   void Evaluate(const QVRowNumbers& rows, unsigned char* holds) const override;
-  bool IsFreeOfEffects() const override { return true; }
+  /// False where reading the cells may be a fatal report: numbers that may not fit `Value`.
+  bool IsFreeOfEffects() const override;
 
  protected:
   /// The null column.

@@ -50,8 +50,8 @@ class QVSTATS_EXPORT QVTransformColBase : public QVDataTableColBase {
 
  protected:
   /// At least one argument column; `arguments` without any stands for one null column.
-  QVTransformColBase(const QVDataTransformBase& transform, const std::string& name,
-                     const std::string& fullName, const std::vector<QVDataTableCol>& arguments);
+  QVTransformColBase(const std::string& name, const std::string& fullName,
+                     const std::vector<QVDataTableCol>& arguments);
 
   virtual const QVDataTransformBase& GetTransform() const = 0;
   /// The value of a cell whose arguments exist.
@@ -59,12 +59,11 @@ class QVSTATS_EXPORT QVTransformColBase : public QVDataTableColBase {
   virtual int EvaluateInt(std::size_t row, std::size_t col) const = 0;
   virtual double EvaluateDouble(std::size_t row, std::size_t col) const = 0;
   virtual std::string EvaluateString(std::size_t row, std::size_t col) const = 0;
-  /// The values of at most kBlock cells whose arguments exist.
+  /// The values of a block of cells whose arguments exist.
   virtual void EvaluateDoubles(const QVRowNumbers& rows, std::size_t col, double* values) const = 0;
   virtual void EvaluateUnsigneds(const QVRowNumbers& rows, std::size_t col,
                                  unsigned int* values) const = 0;
 
-  static constexpr std::size_t kBlock = 1024;
   const std::vector<QVDataTableCol>& GetArguments() const { return arguments_; }
 
  private:
@@ -74,17 +73,12 @@ class QVSTATS_EXPORT QVTransformColBase : public QVDataTableColBase {
   std::vector<QVDataTableCol> arguments_;
 };
 
-/// A transform of one column, cell by cell. Its shape, its missing and its bad cells are those of
-/// the argument column.
-class QVSTATS_EXPORT QVSingleArgColTransform : public QVTransformColBase {
- public:
-  QVSingleArgColTransform(const QVSingleArgDataTransformBase& transform,
-                          const QVDataTableCol& argument);
-  QVSingleArgColTransform(const QVSingleArgDataTransformBase& transform, const std::string& name,
-                          const std::string& fullName, const QVDataTableCol& argument);
-  std::size_t GetNumUniqueDiscreteValues() const override;
-
+/// The evaluation of a column of one of the three families of transforms.
+template <class Transform>
+class QVSTATS_EXPORT QVTransformColOf : public QVTransformColBase {
  protected:
+  QVTransformColOf(const Transform& transform, const std::string& name, const std::string& fullName,
+                   const std::vector<QVDataTableCol>& arguments);
   const QVDataTransformBase& GetTransform() const override { return *transform_; }
   unsigned int EvaluateUnsigned(std::size_t row, std::size_t col) const override;
   int EvaluateInt(std::size_t row, std::size_t col) const override;
@@ -95,12 +89,25 @@ class QVSTATS_EXPORT QVSingleArgColTransform : public QVTransformColBase {
                          unsigned int* values) const override;
 
  private:
-  QVSystem::QVCopyPtr<QVSingleArgDataTransformBase> transform_;
+  QVSystem::QVCopyPtr<Transform> transform_;
+};
+
+/// A transform of one column, cell by cell. Its shape, its missing and its bad cells are those of
+/// the argument column.
+class QVSTATS_EXPORT QVSingleArgColTransform
+    : public QVTransformColOf<QVSingleArgDataTransformBase> {
+ public:
+  QVSingleArgColTransform(const QVSingleArgDataTransformBase& transform,
+                          const QVDataTableCol& argument);
+  QVSingleArgColTransform(const QVSingleArgDataTransformBase& transform, const std::string& name,
+                          const std::string& fullName, const QVDataTableCol& argument);
+  std::size_t GetNumUniqueDiscreteValues() const override;
 };
 
 /// A transform of two columns of equal size, cell by cell. Whether a cell exists, is missing or is
 /// bad is asked of the first column alone; sentinels of the second still reach the values.
-class QVSTATS_EXPORT QVTransformTwoColsIntoOne : public QVTransformColBase {
+class QVSTATS_EXPORT QVTransformTwoColsIntoOne
+    : public QVTransformColOf<QVTwoArgsDataTransformBase> {
  public:
   QVTransformTwoColsIntoOne(const QVTwoArgsDataTransformBase& transform,
                             const QVDataTableCol& first, const QVDataTableCol& second);
@@ -109,24 +116,12 @@ class QVSTATS_EXPORT QVTransformTwoColsIntoOne : public QVTransformColBase {
                             const QVDataTableCol& second);
   /// Not known: all bits set.
   std::size_t GetNumUniqueDiscreteValues() const override { return QVStatsBadData::BadIndex; }
-
- protected:
-  const QVDataTransformBase& GetTransform() const override { return *transform_; }
-  unsigned int EvaluateUnsigned(std::size_t row, std::size_t col) const override;
-  int EvaluateInt(std::size_t row, std::size_t col) const override;
-  double EvaluateDouble(std::size_t row, std::size_t col) const override;
-  std::string EvaluateString(std::size_t row, std::size_t col) const override;
-  void EvaluateDoubles(const QVRowNumbers& rows, std::size_t col, double* values) const override;
-  void EvaluateUnsigneds(const QVRowNumbers& rows, std::size_t col,
-                         unsigned int* values) const override;
-
- private:
-  QVSystem::QVCopyPtr<QVTwoArgsDataTransformBase> transform_;
 };
 
 /// A transform of the cells of several columns of equal size. A cell exists when all its arguments
 /// do; it is missing or bad when any of them is.
-class QVSTATS_EXPORT QVTransformVecOfColsIntoOne : public QVTransformColBase {
+class QVSTATS_EXPORT QVTransformVecOfColsIntoOne
+    : public QVTransformColOf<QVVecOfArgsDataTransformBase> {
  public:
   QVTransformVecOfColsIntoOne(const QVVecOfArgsDataTransformBase& transform,
                               const std::vector<QVDataTableCol>& arguments);
@@ -145,19 +140,6 @@ class QVSTATS_EXPORT QVTransformVecOfColsIntoOne : public QVTransformColBase {
   std::vector<int> GetVecOfInts(std::size_t row, std::size_t col) const;
   std::vector<double> GetVecOfDoubles(std::size_t row, std::size_t col) const;
   std::vector<std::string> GetVecOfStrings(std::size_t row, std::size_t col) const;
-
- protected:
-  const QVDataTransformBase& GetTransform() const override { return *transform_; }
-  unsigned int EvaluateUnsigned(std::size_t row, std::size_t col) const override;
-  int EvaluateInt(std::size_t row, std::size_t col) const override;
-  double EvaluateDouble(std::size_t row, std::size_t col) const override;
-  std::string EvaluateString(std::size_t row, std::size_t col) const override;
-  void EvaluateDoubles(const QVRowNumbers& rows, std::size_t col, double* values) const override;
-  void EvaluateUnsigneds(const QVRowNumbers& rows, std::size_t col,
-                         unsigned int* values) const override;
-
- private:
-  QVSystem::QVCopyPtr<QVVecOfArgsDataTransformBase> transform_;
 };
 
 }  // namespace QVStats

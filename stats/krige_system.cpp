@@ -110,14 +110,19 @@ class CholeskySystem : public QVKrigeSystem {
   }
 
  protected:
-  void SolveWeights(const VectorXd& borderRow, VectorXd& c) const override {
-    SolveForward(c);
-    if (half_.cols() > 0) {
-      const VectorXd lambda = schur_.solve(ProjectOnBorder(c.data()) - borderRow);
-      kernels_.multiplyVector(Count(c.size()), Count(half_.cols()), -1.0, half_.data(),
-                              Count(half_.rows()), lambda.data(), c.data());
+  void SolveWeights(const MatrixXd& borderRows, MatrixXd& c) const override {
+    constexpr auto kTogether = static_cast<Index>(QVMath::kDenseFewRightSides);
+    for (Index first = 0; first < c.cols(); first += kTogether) {
+      auto block = c.middleCols(first, std::min(kTogether, c.cols() - first));
+      SolveForward(block);
+      for (Index q = 0; q < block.cols() && half_.cols() > 0; ++q) {
+        double* z = block.col(q).data();
+        const VectorXd lambda = schur_.solve(ProjectOnBorder(z) - borderRows.col(first + q));
+        kernels_.multiplyVector(Count(block.rows()), Count(half_.cols()), -1.0, half_.data(),
+                                Count(half_.rows()), lambda.data(), z);
+      }
+      SolveBackward(block);
     }
-    SolveBackward(c);
   }
 
   Eigen::Matrix2Xd SolveMoments(const MatrixXd& borderRows, MatrixXd& c) const override {
@@ -144,7 +149,7 @@ class CholeskySystem : public QVKrigeSystem {
   /// Pivots of the Schur complement, scaled to a unit diagonal, below this leave the small system
   /// with fewer than half of its digits.
   static constexpr double kSafePivot = 1e-8;
-  static constexpr Index kManyRightSides = 4;
+  static constexpr Index kManyRightSides = QVMath::kDenseFewRightSides + 1;
 
   double Dot(const double* x, const double* y) const {
     return kernels_.dot(Count(factor_.rows()), x, y);
@@ -193,19 +198,22 @@ class BorderedSystem : public QVKrigeSystem {
   }
 
  protected:
-  void SolveWeights(const VectorXd& borderRow, VectorXd& c) const override {
-    VectorXd right(c.size() + borderRow.size());
-    right << c, borderRow;
-    c = factor_.solve(right).head(c.size());
+  void SolveWeights(const MatrixXd& borderRows, MatrixXd& c) const override {
+    VectorXd right(c.rows() + borderRows.rows());
+    for (Index q = 0; q < c.cols(); ++q) {
+      right << c.col(q), borderRows.col(q);
+      c.col(q) = factor_.solve(right).head(c.rows());
+    }
   }
 
   Eigen::Matrix2Xd SolveMoments(const MatrixXd& borderRows, MatrixXd& c) const override {
+    MatrixXd weights = c;
+    SolveWeights(borderRows, weights);
     Eigen::Matrix2Xd moments(2, c.cols());
     for (Index q = 0; q < c.cols(); ++q) {
-      VectorXd weights = c.col(q);
-      SolveWeights(borderRows.col(q), weights);
-      moments(0, q) = weights.dot(GetResponses());
-      moments(1, q) = weights.dot(VectorXd(c.col(q)));
+      const VectorXd w = weights.col(q);
+      moments(0, q) = w.dot(GetResponses());
+      moments(1, q) = w.dot(VectorXd(c.col(q)));
     }
     return moments;
   }
@@ -298,18 +306,16 @@ bool QVKrigeSystem::IsValidVariance(double variance) const {
 std::vector<QVKrigeResult> QVKrigeSystem::GetResults(const MatrixXd& distances,
                                                      const MatrixXd& properties) const {
   const MatrixXd covariances = GetCovariances(distances, *kernel_);
-  const MatrixXd borderRows = MakeBorderRows(properties);
+  MatrixXd weights = covariances;
+  SolveWeights(MakeBorderRows(properties), weights);
   std::vector<QVKrigeResult> results(Count(distances.cols()));
   for (Index q = 0; q < distances.cols(); ++q) {
     const auto d = distances.col(q);
     if (!QV_ASSERT(!d.hasNaN())) continue;
     // At a point the exact solution is known, and rounding must not refuse it.
     const Index identical = FindIdenticalPoint(d.data(), d.size());
-    VectorXd w = covariances.col(q);
-    if (identical >= 0)
-      w = VectorXd::Unit(w.size(), identical);
-    else
-      SolveWeights(borderRows.col(q), w);
+    VectorXd w = weights.col(q);
+    if (identical >= 0) w = VectorXd::Unit(w.size(), identical);
     if (numProperties_ > 0 && w.hasNaN()) {
       QVSystem::QVThrow.Warning("Universal kriging failed, NaN weights");
       continue;

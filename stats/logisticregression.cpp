@@ -43,7 +43,8 @@ bool IsLogistic(unsigned int type) { return type == QVBinaryRegressionType::Logi
 /// What a block of observations adds: the log-likelihood, and V and W of each.
 class LinkBlock {
  public:
-  static constexpr std::size_t kSize = 128;
+  // These rows of some dozens of predictors stay in the L1 cache.
+  static constexpr std::size_t kSize = 64;
 
   /// From z and y of `size` observations. With `derivatives`, v and w are filled.
   double Evaluate(unsigned int type, std::size_t size, const double* y, bool derivatives) {
@@ -157,7 +158,6 @@ double QVRegressionLogLikelihoodOpt::Accumulate(const double* w, double* gradien
   const std::size_t p = p_;
   if (gradient) std::fill(gradient, gradient + p, 0.0);
   if (information) std::fill(information, information + p * p, 0.0);
-  std::vector<double> scaled(information ? p * LinkBlock::kSize : 0);
   LinkBlock block;
   double logLikelihood = 0.0;
   for (std::size_t first = 0; first < n_; first += LinkBlock::kSize) {
@@ -167,13 +167,8 @@ double QVRegressionLogLikelihoodOpt::Accumulate(const double* w, double* gradien
     kernels.multiplyTransposed(p, rows, 1.0, x, p, w, block.z);
     logLikelihood += block.Evaluate(type_, rows, outcomes_.data() + first, gradient || information);
     if (gradient) kernels.multiplyVector(p, rows, 1.0, x, p, block.v, gradient);
-    if (!information) continue;
-    for (std::size_t i = 0; i < rows; ++i) {
-      const double root = std::sqrt(block.w[i]);
-      for (std::size_t j = 0; j < p; ++j) scaled[i * p + j] = root * x[i * p + j];
-    }
-    kernels.rankUpdate(p, rows, 1.0, {scaled.data(), 1, static_cast<std::ptrdiff_t>(p)},
-                       information, p);
+    if (information)
+      kernels.rankUpdate(p, rows, block.w, {x, 1, static_cast<std::ptrdiff_t>(p)}, information, p);
   }
   return logLikelihood;
 }
@@ -205,6 +200,8 @@ double QVRegressionLogLikelihoodOpt::operator()(const double* w, double* gradien
     gradient[j] = -gradient[j];
     for (std::size_t i = j + 1; i < p_; ++i) hessian[i * p_ + j] = hessian[j * p_ + i];
   }
+  lastPoint_.assign(w, w + p_);
+  lastHessian_.assign(hessian, hessian + std::size_t{p_} * p_);
   return value;
 }
 
@@ -220,9 +217,11 @@ void QVRegressionLogLikelihoodOpt::CalculateGradientHessian_v2(const double* w,
 
 void QVRegressionLogLikelihoodOpt::CalculateScoreVariance(const double* w,
                                                           std::vector<double>& sigma) {
-  std::vector<double> gradient(p_);
-  Eigen::MatrixXd information(p_, p_);
-  (*this)(w, gradient.data(), information.data());
+  if (lastPoint_.empty() || !std::equal(w, w + p_, lastPoint_.begin())) {
+    std::vector<double> gradient, hessian;
+    CalculateGradientHessian_v2(w, gradient, hessian);
+  }
+  const Eigen::Map<const Eigen::MatrixXd> information(lastHessian_.data(), p_, p_);
   const Eigen::MatrixXd covariance = information.partialPivLu().inverse();
   sigma.resize(p_);
   for (Eigen::Index j = 0; j < covariance.rows(); ++j)

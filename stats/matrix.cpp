@@ -265,7 +265,7 @@ void InvertTriangleByBlocks(std::size_t n, const double* factor, double* inverse
 void MultiplyTriangles(std::size_t n, const double* l, double* product) {
   if (n >= kBlockedSize) {
     // What is the upper triangle by rows is the lower one by columns.
-    QVMath::QVGetDenseKernels().rankUpdate(n, n, 1.0, {l, 1, static_cast<std::ptrdiff_t>(n)},
+    QVMath::QVGetDenseKernels().rankUpdate(n, n, nullptr, {l, 1, static_cast<std::ptrdiff_t>(n)},
                                            product, n);
     return;
   }

@@ -47,6 +47,10 @@ struct QVMixtureSums {
 /// How many doubles of working memory QVDenseKernels::sumMixture needs for each component.
 constexpr std::size_t kQVMixtureWork = 32;
 
+/// Right sides of a triangular solve that are solved as vectors. That many together read the
+/// triangle once; more are solved by matrix products.
+inline constexpr std::size_t kDenseFewRightSides = 3;
+
 /// The functions for one instruction set.
 struct QVDenseKernels {
   const char* name;
@@ -57,7 +61,9 @@ struct QVDenseKernels {
   /// positive definite, and its lower triangle is then undefined.
   bool (*cholesky)(std::size_t n, double* a, std::size_t lda);
 
-  /// Replaces B (n x m) by the solution X of L X = B, with the lower triangle of L (n x n).
+  /// Replaces B (n x m) by the solution X of L X = B, with the lower triangle of L (n x n). Up to
+  /// kDenseFewRightSides columns get the bits that each gets alone; so do any larger numbers among
+  /// themselves.
   void (*solveLower)(std::size_t n, const double* l, std::size_t ldl, std::size_t m, double* b,
                      std::size_t ldb);
   /// The same for L' X = B.
@@ -67,9 +73,10 @@ struct QVDenseKernels {
   /// C(i, j) += factor * sum_k A(i, k) B(j, k) for the m x n matrix C and `depth` terms k.
   void (*multiply)(std::size_t m, std::size_t n, std::size_t depth, double factor, QVDenseView a,
                    QVDenseView b, double* c, std::size_t ldc);
-  /// The same with B = A, for the lower triangle of the n x n matrix C alone.
-  void (*rankUpdate)(std::size_t n, std::size_t depth, double factor, QVDenseView a, double* c,
-                     std::size_t ldc);
+  /// C(i, j) += sum_k w_k A(i, k) A(j, k) for the lower triangle of the n x n matrix C and `depth`
+  /// terms k; null weights are ones.
+  void (*rankUpdate)(std::size_t n, std::size_t depth, const double* weights, QVDenseView a,
+                     double* c, std::size_t ldc);
 
   /// sum_i x_i y_i.
   double (*dot)(std::size_t n, const double* x, const double* y);

@@ -90,6 +90,10 @@ class QVSTATS_EXPORT QVRegressionLogLikelihoodOpt : public QVOpt::QVFunc2 {
   unsigned int type_;
   std::shared_ptr<const std::vector<double>> predictors_;
   std::vector<double> outcomes_;
+  // Where second derivatives were asked for last, and their negatives: a minimiser's last step is
+  // where standard errors are wanted.
+  std::vector<double> lastPoint_;
+  std::vector<double> lastHessian_;
 };
 
 /// Data, coefficients and standard errors of a binary regression.

@@ -146,37 +146,44 @@ bool Cholesky(Size n, double* a, Size lda) {
 /// Columns of a triangle that are solved one by one before the rest is updated by all of them.
 constexpr Size kVectorBlock = 64;
 
-void SolveLowerVector(Size n, const double* l, Size ldl, double* x) {
+/// A triangle is read once for kSides right sides, and each gets the bits that it gets alone.
+template <Size kSides>
+void SolveLowerVectors(Size n, const double* l, Size ldl, double* x, Size ldx) {
   for (Size j = 0; j < n; j += kVectorBlock) {
     const Size end = Min(j + kVectorBlock, n);
-    for (Size k = j; k < end; ++k) {
-      const double* column = l + k * ldl;
-      x[k] /= column[k];
-      const double share = x[k];
-      for (Size i = k + 1; i < end; ++i) x[i] -= share * column[i];
-    }
-    MultiplyVector(n - end, end - j, -1.0, l + end + j * ldl, ldl, x + j, x + end);
+    for (Size s = 0; s < kSides; ++s)
+      for (Size k = j; k < end; ++k) {
+        const double* column = l + k * ldl;
+        double* side = x + s * ldx;
+        side[k] /= column[k];
+        const double share = side[k];
+        for (Size i = k + 1; i < end; ++i) side[i] -= share * column[i];
+      }
+    MultiplyVectors<kSides>(n - end, end - j, -1.0, l + end + j * ldl, ldl, x + j, ldx, x + end,
+                            ldx);
   }
 }
 
-void SolveLowerTransposedVector(Size n, const double* l, Size ldl, double* x) {
+template <Size kSides>
+void SolveLowerTransposedVectors(Size n, const double* l, Size ldl, double* x, Size ldx) {
   for (Size end = n; end > 0;) {
     const Size j = (end - 1) / kVectorBlock * kVectorBlock;
-    MultiplyTransposed(n - end, end - j, -1.0, l + end + j * ldl, ldl, x + end, x + j);
-    for (Size k = end; k-- > j;) {
-      const double* column = l + k * ldl;
-      x[k] = (x[k] - Dot(end - k - 1, column + k + 1, x + k + 1)) / column[k];
-    }
+    MultiplyVectorsTransposed<kSides>(n - end, end - j, -1.0, l + end + j * ldl, ldl, x + end, ldx,
+                                      x + j, ldx);
+    for (Size s = 0; s < kSides; ++s)
+      for (Size k = end; k-- > j;) {
+        const double* column = l + k * ldl;
+        double* side = x + s * ldx;
+        side[k] = (side[k] - Dot(end - k - 1, column + k + 1, side + k + 1)) / column[k];
+      }
     end = j;
   }
 }
 
-/// Up to this many right sides are solved one after the other.
-constexpr Size kFewRightSides = 3;
-
 void SolveLower(Size n, const double* l, Size ldl, Size m, double* b, Size ldb) {
-  if (m <= kFewRightSides) {
-    for (Size j = 0; j < m; ++j) SolveLowerVector(n, l, ldl, b + j * ldb);
+  if (m == kDenseFewRightSides) return SolveLowerVectors<kDenseFewRightSides>(n, l, ldl, b, ldb);
+  if (m < kDenseFewRightSides) {
+    for (Size j = 0; j < m; ++j) SolveLowerVectors<1>(n, l, ldl, b + j * ldb, ldb);
     return;
   }
   // L X = B is X' L' = B'.
@@ -184,8 +191,10 @@ void SolveLower(Size n, const double* l, Size ldl, Size m, double* b, Size ldb) 
 }
 
 void SolveLowerTransposed(Size n, const double* l, Size ldl, Size m, double* b, Size ldb) {
-  if (m <= kFewRightSides) {
-    for (Size j = 0; j < m; ++j) SolveLowerTransposedVector(n, l, ldl, b + j * ldb);
+  if (m == kDenseFewRightSides)
+    return SolveLowerTransposedVectors<kDenseFewRightSides>(n, l, ldl, b, ldb);
+  if (m < kDenseFewRightSides) {
+    for (Size j = 0; j < m; ++j) SolveLowerTransposedVectors<1>(n, l, ldl, b + j * ldb, ldb);
     return;
   }
   // L' X = B with its equations and unknowns in reverse order is a lower system again.

@@ -73,9 +73,21 @@ void Pack(QVDenseView view, Size rows, Size depth, double* out) {
         for (Size r = 0; r < kTile; r += kWidth) Store(out + r, Load(from + r));
         continue;
       }
-      for (Size r = 0; r < kTile; ++r) out[r] = r < used ? from[Signed(r) * strip.rowStep] : 0.0;
+      Size r = 0;
+      if (strip.rowStep == 1)
+        for (; r + kWidth <= used; r += kWidth) Store(out + r, Load(from + r));
+      for (; r < used; ++r) out[r] = from[Signed(r) * strip.rowStep];
+      for (; r < kTile; ++r) out[r] = 0.0;
     }
   }
+}
+
+/// Multiplies the terms of packed strips by `factors`.
+void ScaleTerms(Size rows, Size depth, const double* factors, double* packed) {
+  for (Size j = 0; j < rows; j += kTileColumns)
+    for (Size k = 0; k < depth; ++k, packed += kTileColumns)
+      for (Size r = 0; r < kTileColumns; r += kWidth)
+        Store(packed + r, Load(packed + r) * factors[k]);
 }
 
 using Tile = Vector[kRowVectors][kTileColumns];
@@ -150,9 +162,11 @@ void UpdateBlock(Size rows, Size columns, Size depth, double factor, const doubl
 
 constexpr Step kWholeMatrix = Step{1} << 40;
 
-/// C(i, j) += factor * sum_k A(i, k) B(j, k) for i + diagonal >= j, C by columns.
+/// C(i, j) += factor * sum_k A(i, k) B(j, k) for i + diagonal >= j, C by columns. The terms are
+/// multiplied by `weights`, unless null.
 void AddProduct(const Workspace& work, Size m, Size n, Size depth, double factor, QVDenseView a,
-                QVDenseView b, double* c, Size ldc, Step diagonal = kWholeMatrix) {
+                QVDenseView b, double* c, Size ldc, Step diagonal = kWholeMatrix,
+                const double* weights = nullptr) {
   for (Size k = 0; k < depth; k += kDepth) {
     const Size terms = Min(kDepth, depth - k);
     for (Size i = 0; i < m; i += kBlockRows) {
@@ -163,6 +177,7 @@ void AddProduct(const Workspace& work, Size m, Size n, Size depth, double factor
         if (offset + Signed(rows) <= 0) break;
         const Size columns = Min(kBlockColumns, n - j);
         Pack<kTileColumns>(Offset(b, j, k), columns, terms, work.b.Get());
+        if (weights) ScaleTerms(columns, terms, weights + k, work.b.Get());
         UpdateBlock(rows, columns, terms, factor, work.a.Get(), work.b.Get(), c + i + j * ldc, ldc,
                     offset);
       }
@@ -209,8 +224,8 @@ void Multiply(Size m, Size n, Size depth, double factor, QVDenseView a, QVDenseV
   AddProduct(Workspace(m, n, depth), m, n, depth, factor, a, b, c, ldc);
 }
 
-void RankUpdate(Size n, Size depth, double factor, QVDenseView a, double* c, Size ldc) {
-  AddProduct(Workspace(n, n, depth), n, n, depth, factor, a, a, c, ldc, 0);
+void RankUpdate(Size n, Size depth, const double* weights, QVDenseView a, double* c, Size ldc) {
+  AddProduct(Workspace(n, n, depth), n, n, depth, 1.0, a, a, c, ldc, 0, weights);
 }
 
 }  // namespace

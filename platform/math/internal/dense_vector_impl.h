@@ -48,48 +48,82 @@ double Dot(Size n, const double* x, const double* y) {
 /// Columns taken together, so that the vector is read once for them.
 constexpr Size kColumnGroup = 4;
 
-void MultiplyVector(Size n, Size m, double factor, const double* a, Size lda, const double* x,
-                    double* y) {
+/// y_s += factor * A x_s for kSides vectors x_s and y_s, which stand ldx and ldy apart. A is read
+/// once for them, and each gets the bits that it gets alone.
+template <Size kSides>
+QV_DENSE_INLINE void MultiplyVectors(Size n, Size m, double factor, const double* a, Size lda,
+                                     const double* x, Size ldx, double* y, Size ldy) {
   Size j = 0;
   for (; j + kColumnGroup <= m; j += kColumnGroup) {
     const double* a0 = a + j * lda;
     const double* a1 = a0 + lda;
     const double* a2 = a1 + lda;
     const double* a3 = a2 + lda;
-    const double x0 = factor * x[j], x1 = factor * x[j + 1];
-    const double x2 = factor * x[j + 2], x3 = factor * x[j + 3];
+    double shares[kSides][kColumnGroup];
+    for (Size s = 0; s < kSides; ++s)
+      for (Size c = 0; c < kColumnGroup; ++c) shares[s][c] = factor * x[s * ldx + j + c];
     Size i = 0;
     for (; i + kWidth <= n; i += kWidth)
-      Store(y + i, Load(y + i) + ((Load(a0 + i) * x0 + Load(a1 + i) * x1) +
-                                  (Load(a2 + i) * x2 + Load(a3 + i) * x3)));
-    for (; i < n; ++i) y[i] += (a0[i] * x0 + a1[i] * x1) + (a2[i] * x2 + a3[i] * x3);
+#pragma GCC unroll 4
+      for (Size s = 0; s < kSides; ++s) {
+        const double* share = shares[s];
+        double* to = y + s * ldy + i;
+        Store(to, Load(to) + ((Load(a0 + i) * share[0] + Load(a1 + i) * share[1]) +
+                              (Load(a2 + i) * share[2] + Load(a3 + i) * share[3])));
+      }
+    for (; i < n; ++i)
+      for (Size s = 0; s < kSides; ++s)
+        y[s * ldy + i] += (a0[i] * shares[s][0] + a1[i] * shares[s][1]) +
+                          (a2[i] * shares[s][2] + a3[i] * shares[s][3]);
   }
   for (; j < m; ++j) {
     const double* column = a + j * lda;
-    const double share = factor * x[j];
-    Size i = 0;
-    for (; i + kWidth <= n; i += kWidth) Store(y + i, Load(y + i) + Load(column + i) * share);
-    for (; i < n; ++i) y[i] += column[i] * share;
+    for (Size s = 0; s < kSides; ++s) {
+      const double share = factor * x[s * ldx + j];
+      double* to = y + s * ldy;
+      Size i = 0;
+      for (; i + kWidth <= n; i += kWidth) Store(to + i, Load(to + i) + Load(column + i) * share);
+      for (; i < n; ++i) to[i] += column[i] * share;
+    }
   }
+}
+
+/// The same for y_s += factor * A' x_s.
+template <Size kSides>
+QV_DENSE_INLINE void MultiplyVectorsTransposed(Size n, Size m, double factor, const double* a,
+                                               Size lda, const double* x, Size ldx, double* y,
+                                               Size ldy) {
+  Size j = 0;
+  for (; j + kColumnGroup <= m; j += kColumnGroup) {
+    const double* column = a + j * lda;
+    Vector sums[kSides][kColumnGroup] = {};
+    Size i = 0;
+    for (; i + kWidth <= n; i += kWidth)
+#pragma GCC unroll 4
+      for (Size c = 0; c < kColumnGroup; ++c) {
+        const Vector v = Load(column + c * lda + i);
+#pragma GCC unroll 4
+        for (Size s = 0; s < kSides; ++s) sums[s][c] += v * Load(x + s * ldx + i);
+      }
+    for (Size s = 0; s < kSides; ++s)
+      for (Size c = 0; c < kColumnGroup; ++c) {
+        double rest = 0.0;
+        for (Size k = i; k < n; ++k) rest += column[c * lda + k] * x[s * ldx + k];
+        y[s * ldy + j + c] += factor * (SumOf(sums[s][c]) + rest);
+      }
+  }
+  for (; j < m; ++j)
+    for (Size s = 0; s < kSides; ++s) y[s * ldy + j] += factor * Dot(n, a + j * lda, x + s * ldx);
+}
+
+void MultiplyVector(Size n, Size m, double factor, const double* a, Size lda, const double* x,
+                    double* y) {
+  MultiplyVectors<1>(n, m, factor, a, lda, x, 0, y, 0);
 }
 
 void MultiplyTransposed(Size n, Size m, double factor, const double* a, Size lda, const double* x,
                         double* y) {
-  Size j = 0;
-  for (; j + kColumnGroup <= m; j += kColumnGroup) {
-    const double* column = a + j * lda;
-    Vector sums[kColumnGroup] = {};
-    double rest[kColumnGroup] = {};
-    Size i = 0;
-    for (; i + kWidth <= n; i += kWidth) {
-      const Vector v = Load(x + i);
-      for (Size c = 0; c < kColumnGroup; ++c) sums[c] += Load(column + c * lda + i) * v;
-    }
-    for (; i < n; ++i)
-      for (Size c = 0; c < kColumnGroup; ++c) rest[c] += column[c * lda + i] * x[i];
-    for (Size c = 0; c < kColumnGroup; ++c) y[j + c] += factor * (SumOf(sums[c]) + rest[c]);
-  }
-  for (; j < m; ++j) y[j] += factor * Dot(n, a + j * lda, x);
+  MultiplyVectorsTransposed<1>(n, m, factor, a, lda, x, 0, y, 0);
 }
 
 }  // namespace

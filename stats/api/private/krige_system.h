@@ -82,13 +82,13 @@ class QVSTATS_EXPORT QVKrigeSystem {
   std::size_t GetNumPoints() const { return static_cast<std::size_t>(responses_.size()); }
   const QVKrigeKernelBase& GetKernel() const { return *kernel_; }
 
-  /// Results of m queries, in order; an invalid one where the variance is out of bounds.
+  /// Results of m queries, in order; an invalid one where the variance is out of bounds. A block
+  /// of queries and the queries one by one give the same bits.
   /// \param distances n x m, from each query to the points.
   /// \param properties p x m.
   std::vector<QVKrigeResult> GetResults(const Eigen::MatrixXd& distances,
                                         const Eigen::MatrixXd& properties) const;
-  /// The same predictions without weights, at half the cost. A block of queries and the queries one
-  /// by one give the same bits.
+  /// The same predictions without weights, at half the cost; they keep their bits in a block too.
   std::vector<QVKrigeEstimate> GetEstimates(const Eigen::MatrixXd& distances,
                                             const Eigen::MatrixXd& properties,
                                             double errorValue) const;
@@ -100,8 +100,8 @@ class QVSTATS_EXPORT QVKrigeSystem {
   double ComputeVariance(double explained) const;
   bool IsValidVariance(double variance) const;
 
-  /// The covariances of one query become its weights. The numbers need not be finite.
-  virtual void SolveWeights(const Eigen::VectorXd& borderRow, Eigen::VectorXd& c) const = 0;
+  /// The covariances of each query become its weights. The numbers need not be finite.
+  virtual void SolveWeights(const Eigen::MatrixXd& borderRows, Eigen::MatrixXd& c) const = 0;
   /// y'w in the first row and c'w in the second, a column a query; the covariances are overwritten.
   virtual Eigen::Matrix2Xd SolveMoments(const Eigen::MatrixXd& borderRows,
                                         Eigen::MatrixXd& c) const = 0;

@@ -31,7 +31,7 @@ void DrawMember(const QVDepict::QVImageBase& page, const QVDepict::QV2DPoint& co
   QVDepict::QVImageFrame picture = QVDepict::QVGetInset(cell, 4.0);
   QVChem::QVGraphMol copy(mol);
   const auto prepare = QVDepict::QVPrepareDepictionOptions(true).SetOrientation(
-      QVDepict::QVDepictOrientation::Square);
+      QVDepict::QVDepictOrientation::Horizontal);
   if (QVDepict::QVPrepareDepiction(copy, prepare)) {
     QVDepict::QV2DMolDisplayOptions options(picture.GetWidth(), picture.GetHeight());
     options.SetTitleLocation(QVDepict::QVTitleLocation::Bottom);

@@ -14,6 +14,10 @@ namespace {
 // A subcommand is a file beside this one and a row here.
 // clang-format off
 constexpr QVApps::AddCommand kCommands[] = {
+    &QVApps::AddAUCCommand,
+    &QVApps::AddClusterCommand,
+    &QVApps::AddLogitCommand,
+    &QVApps::AddPLSCommand,
     &QVApps::AddPredictCommand,
     &QVApps::AddReportCommand,
     &QVApps::AddSimilarityCommand,

@@ -1,12 +1,5 @@
 // Runs the program as a user does: files in, files out, messages and exit codes.
-#include <gmock/gmock.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
+#include "tests/support/command_line.h"
 
 #include "platform/likeness/vsepr.h"
 #include "stats/api/data_table_fileInfo.h"
@@ -17,55 +10,6 @@ namespace {
 using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::SizeIs;
-
-class CommandLine : public testing::Test {
- protected:
-  CommandLine()
-      : directory_(std::filesystem::temp_directory_path() /
-                   ("qvstats_" + std::to_string(::getpid()) + "_" +
-                    testing::UnitTest::GetInstance()->current_test_info()->name())) {
-    std::filesystem::create_directories(directory_);
-    Write("known.smi",
-          "CCO ethanol\nCCCO propanol\nCCCCO butanol\nCCCCCO pentanol\nCC(C)O isopropanol\n"
-          "CCCCCCO hexanol\nOc1ccccc1 phenol\nCc1ccccc1O cresol\n");
-    Write("values.csv",
-          "id,logP\nethanol,-0.31\npropanol,0.25\nbutanol,0.88\npentanol,1.51\nisopropanol,0.05\n"
-          "hexanol,2.03\nphenol,1.46\ncresol,1.95\nheptanol,2.62\n");
-  }
-  ~CommandLine() override { std::filesystem::remove_all(directory_); }
-
-  void Write(const std::string& name, const std::string& text) const {
-    std::ofstream(directory_ / name, std::ios::binary) << text;
-  }
-
-  std::string Read(const std::string& name) const {
-    std::ifstream file(directory_ / name, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-  }
-
-  std::vector<std::string> Lines(const std::string& text) const {
-    std::istringstream stream(text);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(stream, line);) lines.push_back(line);
-    return lines;
-  }
-
-  /// Runs `qvstats <arguments>` in the directory; standard output and error are kept.
-  int Run(const std::string& arguments) {
-    const std::string command = "cd '" + directory_.string() + "' && " QVSTATS_PROGRAM " " +
-                                arguments + " >stdout 2>stderr";
-    const int status = std::system(command.c_str());
-    output_ = Read("stdout");
-    messages_ = Read("stderr");
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
-
-  std::filesystem::path directory_;
-  std::string output_;
-  std::string messages_;
-};
 
 constexpr const char* kTrain = "--train known.smi --values values.csv --value logP ";
 

@@ -8,6 +8,8 @@
 
 #include "platform/system/cast.h"
 #include "stats/api/stats_data_types.h"
+#include "stats/quantile_position.h"
+#include "stats/sample_sums.h"
 
 namespace QVStats {
 
@@ -21,19 +23,10 @@ constexpr unsigned int kQuantileType = 8;
 
 double CountOf(const Sample& x) { return QVSystem::QVDoubleFromCount(x.size()); }
 
-/// The sum of f(x_i), in halves down to short runs: its error grows with log n.
+/// The sum of f(x_i).
 template <class Function>
 double Sum(const double* x, std::size_t n, Function f) {
-  if (n > 128) {
-    const std::size_t half = n / 2;
-    return Sum(x, half, f) + Sum(x + half, n - half, f);
-  }
-  double sums[4] = {0.0, 0.0, 0.0, 0.0};
-  std::size_t i = 0;
-  for (; i + 4 <= n; i += 4)
-    for (std::size_t lane = 0; lane < 4; ++lane) sums[lane] += f(x[i + lane]);
-  for (; i < n; ++i) sums[0] += f(x[i]);
-  return (sums[0] + sums[1]) + (sums[2] + sums[3]);
+  return QVSumTerms(0, n, [x, f](std::size_t i) { return f(x[i]); });
 }
 
 template <class Function>
@@ -60,14 +53,6 @@ double CentralMoment(const Sample& x, double mean, int power) {
     return power == 2 ? d * d : power == 3 ? d * d * d : (d * d) * (d * d);
   });
 }
-
-/// Where a quantile stands among n values: at the j-th (from 1), or a share g on to the next.
-struct QuantilePosition {
-  std::size_t j;
-  double g;
-  /// What the quantile is when it stands nowhere; 0 when it stands somewhere.
-  double sentinel;
-};
 
 /// The type's offset m; NaN for an unknown type.
 double GetQuantileOffset(double p, unsigned int type) {
@@ -101,28 +86,6 @@ double GetShare(double g, std::size_t n, unsigned int type) {
   return type == 3 && n % 2 != 0 ? 1.0 : 0.0;
 }
 
-QuantilePosition FindQuantile(double p, std::size_t size, unsigned int type) {
-  if (size == 0 || !(p <= 1.0)) return {0, 0.0, BadDouble};
-  const double n = QVSystem::QVDoubleFromCount(size);
-  if (p < 1.0 / n) return {0, 0.0, kLowest};
-  const double h = n * p + GetQuantileOffset(p, type);
-  if (std::isnan(h)) return {0, 0.0, BadDouble};
-  const double below = std::floor(h);
-  return {static_cast<std::size_t>(below), GetShare(h - below, size, type), 0.0};
-}
-
-/// \param at(k) the k-th smallest value, k from 1 to n; called with k in ascending order.
-template <class At>
-double ReadQuantile(const QuantilePosition& position, std::size_t n, At at) {
-  if (position.sentinel != 0.0) return position.sentinel;
-  const auto inside = [n](std::size_t k) { return std::clamp<std::size_t>(k, 1, n); };
-  const double g = position.g;
-  if (g == 0.0) return at(inside(position.j));
-  if (g == 1.0) return at(inside(position.j + 1));
-  const double lower = at(inside(position.j));
-  return (1.0 - g) * lower + g * at(inside(position.j + 1));
-}
-
 bool HasNaN(const Sample& x) {
   return std::any_of(x.begin(), x.end(), [](double value) { return std::isnan(value); });
 }
@@ -144,7 +107,7 @@ class Selection {
 
   double GetQuantile(double p) {
     const auto at = [this](std::size_t k) { return (*this)(k); };
-    return ReadQuantile(FindQuantile(p, x_.size(), kQuantileType), x_.size(), at);
+    return QVReadQuantile(QVFindQuantile(p, x_.size(), kQuantileType), x_.size(), at);
   }
 
   const Sample& GetValues() const { return x_; }
@@ -159,9 +122,8 @@ double Null(const Sample&, double) { return BadDouble; }
 double MeanStatistic(const Sample& x, double) { return Mean(x); }
 
 double TrimmedMean(const Sample& x, double fraction) {
-  const double dropped = QVSystem::QVRoundHalfEven(fraction * 0.5 * CountOf(x));
-  if (!(dropped >= 0.0 && 2.0 * dropped < CountOf(x))) return BadDouble;
-  const auto k = static_cast<std::size_t>(dropped);
+  const std::size_t k = QVGetNumTrimmed(fraction, x.size());
+  if (k == x.size()) return BadDouble;
   const std::size_t kept = x.size() - 2 * k;
   Selection selection(x);
   selection(k + 1);
@@ -273,6 +235,22 @@ double Compute(unsigned int code, const Sample& x, double parameter) {
 
 }  // namespace
 
+QVQuantilePosition QVFindQuantile(double p, std::size_t size, unsigned int type) {
+  if (size == 0 || !(p <= 1.0)) return {0, 0.0, BadDouble};
+  const double n = QVSystem::QVDoubleFromCount(size);
+  if (p < 1.0 / n) return {0, 0.0, kLowest};
+  const double h = n * p + GetQuantileOffset(p, type);
+  if (std::isnan(h)) return {0, 0.0, BadDouble};
+  const double below = std::floor(h);
+  return {static_cast<std::size_t>(below), GetShare(h - below, size, type), 0.0};
+}
+
+std::size_t QVGetNumTrimmed(double fraction, std::size_t n) {
+  const double size = QVSystem::QVDoubleFromCount(n);
+  const double dropped = QVSystem::QVRoundHalfEven(fraction * 0.5 * size);
+  return dropped >= 0.0 && 2.0 * dropped < size ? static_cast<std::size_t>(dropped) : n;
+}
+
 QVSampleStatisticBase::~QVSampleStatisticBase() = default;
 
 template <unsigned int Code>
@@ -350,8 +328,8 @@ double QVGetSampleStatisticForDataVec(QVStatModelResult& result, unsigned int co
 }
 
 double QVQuantile(double p, const Sample& sorted, unsigned int type) {
-  return ReadQuantile(FindQuantile(p, sorted.size(), type), sorted.size(),
-                      [&sorted](std::size_t k) { return sorted[k - 1]; });
+  return QVReadQuantile(QVFindQuantile(p, sorted.size(), type), sorted.size(),
+                        [&sorted](std::size_t k) { return sorted[k - 1]; });
 }
 
 void QVGetCenterAndScale(double& center, double& scale, bool robust, const Sample& data) {

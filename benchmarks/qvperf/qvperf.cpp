@@ -17,13 +17,16 @@ namespace {
 // clang-format off
 constexpr Workload kWorkloads[] = {
     {"auc", RunAUC},
+    {"boot", RunBootstrap},
     {"csv", RunCsv},
+    {"dcov", RunDistanceCovariance},
     {"dist", RunDistributions},
     {"fp", RunFingerprints},
     {"gp", RunGaussianProcess},
     {"logit", RunLogit},
     {"mcs", RunMCS},
     {"mix", RunMixtures},
+    {"rank", RunRankCorrelations},
     {"snn", RunSNN},
     {"vario", RunVariogram},
 };

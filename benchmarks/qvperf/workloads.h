@@ -8,7 +8,9 @@
 namespace QVPerf {
 
 bool RunAUC(const Run& run);
+bool RunBootstrap(const Run& run);
 bool RunCsv(const Run& run);
+bool RunDistanceCovariance(const Run& run);
 bool RunDistributions(const Run& run);
 bool RunFingerprints(const Run& run);
 bool RunGaussianProcess(const Run& run);
@@ -16,6 +18,7 @@ bool RunVariogram(const Run& run);
 bool RunLogit(const Run& run);
 bool RunMCS(const Run& run);
 bool RunMixtures(const Run& run);
+bool RunRankCorrelations(const Run& run);
 bool RunSNN(const Run& run);
 
 }  // namespace QVPerf

@@ -12,6 +12,8 @@ bool RunCsv(const Run& run);
 bool RunDistributions(const Run& run);
 bool RunFingerprints(const Run& run);
 bool RunGaussianProcess(const Run& run);
+/// The cases of RunGaussianProcess on similarities.
+bool RunSpectralGaussianProcess(const Run& run);
 bool RunVariogram(const Run& run);
 bool RunLogit(const Run& run);
 bool RunMCS(const Run& run);

@@ -126,7 +126,7 @@ bool RunGaussianProcess(const Run& run) {
     if (name == "gp" + std::to_string(size)) return RunGlobal(run, size), true;
   if (name == "gpfit1000") return RunTraining(run), true;
   if (name == "local4000") return RunLocal(run), true;
-  return false;
+  return RunSpectralGaussianProcess(run);
 }
 
 }  // namespace QVPerf

@@ -14,6 +14,8 @@ bool RunDistanceCovariance(const Run& run);
 bool RunDistributions(const Run& run);
 bool RunFingerprints(const Run& run);
 bool RunGaussianProcess(const Run& run);
+/// The cases of RunGaussianProcess on similarities.
+bool RunSpectralGaussianProcess(const Run& run);
 bool RunVariogram(const Run& run);
 bool RunLogit(const Run& run);
 bool RunMCS(const Run& run);

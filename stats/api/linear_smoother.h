@@ -1,0 +1,87 @@
+/// \file
+/// \brief Regression on similarity: the handle that programs use.
+///
+///     QVLinearSmootherOnSimilarity model(QVLinearSmootherOnSimilarityType::GaussianProcess,
+///                                        QVSimilarityKernelType::Exponential, "activity",
+///                                        "similarity", training);
+///     const QVStatModelResult fit = model.SetModelParams({4.0});
+///     const QVSimilarityRegressionResult test = model.GetTestSetResults("activity", testRows);
+///     std::cout << test.PrintSummary();
+#ifndef QVSTATS_API_LINEAR_SMOOTHER_H
+#define QVSTATS_API_LINEAR_SMOOTHER_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "platform/system/copy_ptr.h"
+#include "stats/api/export.h"
+#include "stats/api/linear_smoother_impl.h"
+
+namespace QVStats {
+
+/// A new smoother that the caller owns, by a code of QVLinearSmootherOnSimilarityType; the null
+/// one, which ignores the other arguments, for an unknown code.
+QVSTATS_EXPORT QVLinearSmootherOnSimilarityBase* QVGetLinearSmootherOnSimilarity(
+    unsigned int smootherType, unsigned int kernelType, const std::string& responseColName,
+    const std::string& similarityColName, const QVDataTable& table);
+
+/// The code of "KernelRegression" or "GaussianProcess"; 0 for any other name. The krigings have no
+/// name and are chosen by code.
+QVSTATS_EXPORT unsigned int QVGetLinearSmootherOnSimilarityType(const std::string& name);
+
+/// A smoother on similarity as a value; its operations are those of
+/// QVLinearSmootherOnSimilarityBase.
+class QVSTATS_EXPORT QVLinearSmootherOnSimilarity {
+ public:
+  QVLinearSmootherOnSimilarity(unsigned int smootherType, unsigned int kernelType,
+                               const std::string& responseColName,
+                               const std::string& similarityColName, const QVDataTable& table)
+      : smoother_(QVGetLinearSmootherOnSimilarity(smootherType, kernelType, responseColName,
+                                                  similarityColName, table)) {}
+
+  std::string GetNameOfLinearSmootherOnSimilarity() const {
+    return smoother_->GetNameOfLinearSmootherOnSimilarity();
+  }
+  unsigned int GetTypeOfLinearSmootherOnSimilarity() const {
+    return smoother_->GetTypeOfLinearSmootherOnSimilarity();
+  }
+  std::size_t GetNumModelParams() const { return smoother_->GetNumModelParams(); }
+  QVStatModelResult SetModelParams(const std::vector<double>& params) {
+    return smoother_->SetModelParams(params);
+  }
+  const std::vector<double>& GetModelParams() const { return smoother_->GetModelParams(); }
+  const std::vector<std::string>& GetModelParamNames() const {
+    return smoother_->GetModelParamNames();
+  }
+  bool ModelIsValid() const { return smoother_->ModelIsValid(); }
+  std::string GetResultOfConstructor() const { return smoother_->GetResultOfConstructor(); }
+  QVSimilarityRegressionResult GetTrainingSetResults() const {
+    return smoother_->GetTrainingSetResults();
+  }
+  QVSimilarityRegressionResult GetTestSetResults(const std::string& responseColName,
+                                                 const QVDataTable& testTable) const {
+    return smoother_->GetTestSetResults(responseColName, testTable);
+  }
+  QVStatModelResult GetPredictedResponse(double& predicted, double& averageWeight,
+                                         double& estimatedError,
+                                         const QVDataTableCol& similarities) const {
+    return smoother_->GetPredictedResponse(predicted, averageWeight, estimatedError, similarities);
+  }
+  QVStatModelResult GetPredictedResponses(QVSimilarityPredictions& predictions,
+                                          const Eigen::MatrixXd& similarities) const {
+    return smoother_->GetPredictedResponses(predictions, similarities);
+  }
+  QVStatModelResult GetLeaveOneOutPredictions(QVSimilarityPredictions& predictions) const {
+    return smoother_->GetLeaveOneOutPredictions(predictions);
+  }
+  /// The model itself, for what one model alone offers.
+  const QVLinearSmootherOnSimilarityBase* GetImpl() const { return smoother_.get(); }
+
+ private:
+  QVSystem::QVCopyPtr<QVLinearSmootherOnSimilarityBase> smoother_;
+};
+
+}  // namespace QVStats
+
+#endif  // QVSTATS_API_LINEAR_SMOOTHER_H

@@ -1,0 +1,383 @@
+#include "stats/api/linear_smoother_impl.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "stats/api/stats_data_types.h"
+#include "stats/failure.h"
+
+namespace QVStats {
+
+namespace {
+
+namespace Failure = QVStatModelFailureType;
+using QVStatsBadData::BadDouble;
+
+constexpr double kMaxTrainingSimilarity = 1.0 + 10.0 * std::numeric_limits<double>::epsilon();
+
+QVDataTableCol MakeResultColumn(const std::string& name, const std::string& fullName,
+                                const std::vector<double>& values,
+                                const std::vector<std::size_t>& rows, std::size_t numRows) {
+  std::vector<QVRowColValue> entries;
+  entries.reserve(values.size());
+  for (std::size_t i = 0; i < values.size(); ++i) entries.emplace_back(values[i], rows[i], 0);
+  return QVDataTableCol(name, fullName, QVStatVariableType::Ratio, numRows, entries, 1, false);
+}
+
+void Append(QVSimilarityPredictions& all, const QVSimilarityPredictions& part) {
+  const auto append = [](std::vector<double>& to, const std::vector<double>& from) {
+    to.insert(to.end(), from.begin(), from.end());
+  };
+  append(all.predicted, part.predicted);
+  append(all.averageWeights, part.averageWeights);
+  append(all.estimatedErrors, part.estimatedErrors);
+}
+
+}  // namespace
+
+QVLinearSmootherOnSimilarityBase::QVLinearSmootherOnSimilarityBase(
+    const std::string& responseColName, const std::string& similarityColName,
+    const QVDataTable& table)
+    : responseColName_(responseColName),
+      similarityColName_(similarityColName),
+      table_(table),
+      baseResult_(
+          QVCalledFrom("Constructor for QVLinearSmootherOnSimilarityBase", SetUpTable(table))) {
+  if (baseResult_.IsSuccessful()) rows_ = table_.GetRowNumbers();
+}
+
+QVLinearSmootherOnSimilarityBase::~QVLinearSmootherOnSimilarityBase() = default;
+
+QVStatModelResult QVLinearSmootherOnSimilarityBase::SetUpTable(const QVDataTable& table) {
+  // The smoothers of one predictor column report their set-up under this name too.
+  static const char* const where =
+      "QVUniVarLinearSmootherBase::SetupDataTableFromTrainingSetNamesAndDataTable";
+  table_.ClearColumns();
+  QVStatModelResult result;
+  const QVDataTableCol similarity = table.GetColumnFromName(result, similarityColName_);
+  if (QVFailedIn(result, where)) return result;
+  if (!similarity.ColIsLowerTriangular())
+    return QVFailure(Failure::MismatchBetweenPrivateVecSizes, where)
+           << "Predictor column " << similarityColName_ << " Is not a symmetric matrix";
+  const QVDataTableCol response = table.GetColumnFromName(result, responseColName_);
+  if (QVFailedIn(result, where)) return result;
+  result = table_.AddColumn(similarity);
+  if (QVFailedIn(result, where)) return result;
+  return QVCalledFrom(where, table_.AddColumn(response));
+}
+
+void QVLinearSmootherOnSimilarityBase::SetKernel(unsigned int kernelType, const char* where,
+                                                 const std::vector<std::string>& furtherParams) {
+  kernel_ = QVSimilarityKernel(kernelType);
+  if (kernel_.GetKernelType() == QVSimilarityKernelType::Null) {
+    result_ = QVFailure(Failure::ObjectNotValid, where)
+              << "Null similarity kernel Function constructed";
+    return;
+  }
+  paramNames_ = {"Kernel parameter for " + kernel_.GetKernelName()};
+  paramNames_.insert(paramNames_.end(), furtherParams.begin(), furtherParams.end());
+  result_ = true;
+}
+
+std::string QVLinearSmootherOnSimilarityBase::GetNameOfLinearSmootherOnSimilarity() const {
+  return QVLinearSmootherOnSimilarityType::TypeName[GetTypeOfLinearSmootherOnSimilarity()];
+}
+
+bool QVLinearSmootherOnSimilarityBase::ModelIsValid() const {
+  return baseResult_.IsSuccessful() && result_.IsSuccessful() && !params_.empty();
+}
+
+std::string QVLinearSmootherOnSimilarityBase::GetResultOfConstructor() const {
+  return "Result of Base Constructor:\n" + baseResult_.ReportStatResultDetails() +
+         "\nResult of Constructor:\n" + result_.ReportStatResultDetails() + "\n";
+}
+
+// ----- checks and data of the models
+
+QVStatModelResult QVLinearSmootherOnSimilarityBase::CheckSimilarities(
+    const SimilarityRange& range, const char* where, const double* similarities) const {
+  for (std::size_t i = 0; i < rows_.size(); ++i) {
+    const double s = similarities[i];
+    if (s < 0.0 || s > range.upper)
+      return QVFailure(range.failureType, where)
+             << range.beforeRow << rows_[i] << range.afterRow << s;
+  }
+  return true;
+}
+
+QVStatModelResult QVLinearSmootherOnSimilarityBase::CheckParams(const char* where) const {
+  if (!params_.empty()) return true;
+  return QVFailure(Failure::ObjectNotValid, where) << "Model Parameter vector is empty!";
+}
+
+QVStatModelResult QVLinearSmootherOnSimilarityBase::CheckQuery(const QVDataTableCol& similarities,
+                                                               const char* where) const {
+  if (similarities.GetNumColumnsInCol() > 1)
+    return QVFailure(Failure::WrongInputVectorSize, where)
+           << "Procedure expects an array with only one column; argument has "
+           << similarities.GetNumColumnsInCol() << " cols";
+  return CheckParams(where);
+}
+
+QVStatModelResult QVLinearSmootherOnSimilarityBase::PredictOne(
+    double& predicted, double& averageWeight, double& estimatedError,
+    const QVDataTableCol& similarities) const {
+  Eigen::MatrixXd column(static_cast<Eigen::Index>(rows_.size()), 1);
+  similarities.GetImpl()->GetDoubles(QVRowNumbers(rows_), 0, column.data());
+  QVSimilarityPredictions predictions;
+  QVStatModelResult result = GetPredictedResponses(predictions, column);
+  if (result.NotSuccessful()) return result;
+  predicted = predictions.predicted[0];
+  averageWeight = predictions.averageWeights[0];
+  estimatedError = predictions.estimatedErrors[0];
+  return result;
+}
+
+void QVLinearSmootherOnSimilarityBase::GetSimilarityRow(std::size_t i, double* values) const {
+  // A row of the lower triangle stands together in the column.
+  GetSimilarityColumn().GetImpl()->GetDoubles(QVRowNumbers(rows_.data(), i + 1), rows_[i], values);
+}
+
+QVStatModelResult QVLinearSmootherOnSimilarityBase::FindBadTrainingSimilarity(
+    const char* where) const {
+  const QVDataTableCol& column = GetSimilarityColumn();
+  for (std::size_t i = 0; i < rows_.size(); ++i)
+    for (std::size_t j = 0; j < rows_.size(); ++j) {
+      const double s = column.GetDouble(rows_[i], rows_[j]);
+      if (s < 0.0 || s > kMaxTrainingSimilarity)
+        return QVFailure(Failure::MissingOrBadPredictorValue, where)
+               << "at row, column (" << i << "," << j << "), similarity value = " << s;
+    }
+  return true;
+}
+
+QVStatModelResult QVLinearSmootherOnSimilarityBase::FillKernelMatrix(Eigen::MatrixXd& matrix,
+                                                                     double factor,
+                                                                     const char* where) const {
+  // Rows are read whole and written some at a time, so that the writes fill cache lines.
+  constexpr std::size_t kRows = 16;
+  const std::size_t n = rows_.size();
+  matrix.resize(static_cast<Eigen::Index>(n), static_cast<Eigen::Index>(n));
+  std::vector<double> rows(kRows * n);
+  for (std::size_t first = 0; first < n; first += kRows) {
+    const std::size_t last = std::min(n, first + kRows);
+    for (std::size_t i = first; i < last; ++i) {
+      double* row = rows.data() + (i - first) * n;
+      GetSimilarityRow(i, row);
+      const bool isBad = std::any_of(
+          row, row + i + 1, [](double s) { return s < 0.0 || s > kMaxTrainingSimilarity; });
+      if (isBad) return FindBadTrainingSimilarity(where);
+      kernel_.GetValues(row, i + 1, params_[0], row);
+    }
+    for (std::size_t j = 0; j < last; ++j) {
+      double* column = matrix.data() + j * n;
+      for (std::size_t i = std::max(first, j); i < last; ++i)
+        column[i] = factor * rows[(i - first) * n + j];
+    }
+  }
+  return true;
+}
+
+QVStatModelResult QVLinearSmootherOnSimilarityBase::ReadResponses(Eigen::VectorXd& responses,
+                                                                  const char* where) const {
+  const QVDataTableCol& column = table_.GetColumnFromName(responseColName_);
+  responses.resize(static_cast<Eigen::Index>(rows_.size()));
+  column.GetImpl()->GetDoubles(QVRowNumbers(rows_), 0, responses.data());
+  for (std::size_t i = 0; i < rows_.size(); ++i) {
+    const double y = responses[static_cast<Eigen::Index>(i)];
+    if (y == QVStatsBadData::BadIndexDouble || y == QVStatsBadData::MissingDouble || y == BadDouble)
+      return QVFailure(Failure::MissingOrBadResponseValue, where)
+             << "at row number(" << rows_[i]
+             << "), response value = " << column.GetString(rows_[i], 0);
+  }
+  return true;
+}
+
+std::vector<double> QVLinearSmootherOnSimilarityBase::GetAverageWeightsOfOthers() const {
+  const std::size_t n = rows_.size();
+  std::vector<double> averages(n, 0.0);
+  std::vector<double> row(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    GetSimilarityRow(i, row.data());
+    kernel_.GetValues(row.data(), i, params_[0], row.data());
+    for (std::size_t j = 0; j < i; ++j) {
+      averages[i] += row[j];
+      averages[j] += row[j];
+    }
+  }
+  for (double& average : averages) average /= static_cast<double>(n) - 1.0;
+  return averages;
+}
+
+// ----- bulk predictions
+
+QVStatModelResult QVLinearSmootherOnSimilarityBase::GetPredictedResponses(
+    QVSimilarityPredictions& predictions, const Eigen::MatrixXd& similarities) const {
+  predictions = {};
+  std::vector<double> values(rows_.empty() ? 0 : 1 + *std::max_element(rows_.begin(), rows_.end()),
+                             QVStatsBadData::MissingDouble);
+  QVSimilarityPredictions all;
+  for (Eigen::Index object = 0; object < similarities.cols(); ++object) {
+    for (std::size_t i = 0; i < rows_.size(); ++i)
+      values[rows_[i]] = similarities(static_cast<Eigen::Index>(i), object);
+    double predicted = BadDouble;
+    double averageWeight = BadDouble;
+    double estimatedError = BadDouble;
+    QVStatModelResult result = GetPredictedResponse(
+        predicted, averageWeight, estimatedError, QVDataTableCol("similarities", values, 1, false));
+    if (result.NotSuccessful()) return result;
+    Append(all, {{predicted}, {averageWeight}, {estimatedError}});
+  }
+  predictions = std::move(all);
+  return true;
+}
+
+QVStatModelResult QVLinearSmootherOnSimilarityBase::GetLeaveOneOutPredictions(
+    QVSimilarityPredictions& predictions) const {
+  predictions = {};
+  return QVFailure(Failure::ObjectNotValid,
+                   "QVLinearSmootherOnSimilarityBase::GetLeaveOneOutPredictions");
+}
+
+void QVLinearSmootherOnSimilarityBase::GatherSimilarities(const QVDataTableCol& column,
+                                                          const std::size_t* rows,
+                                                          std::size_t count,
+                                                          Eigen::MatrixXd& similarities) const {
+  const auto n = static_cast<Eigen::Index>(rows_.size());
+  similarities.resize(n, static_cast<Eigen::Index>(count));
+  if (column.ColIsLowerTriangular()) {
+    for (std::size_t object = 0; object < count; ++object)
+      column.GetImpl()->GetDoubles(QVRowNumbers(rows_), rows[object],
+                                   similarities.col(static_cast<Eigen::Index>(object)).data());
+    return;
+  }
+  // A plain column stores the values of a row together: some rows at a time stay in the cache.
+  constexpr std::size_t kRows = 64;
+  double values[kRows];
+  for (std::size_t first = 0; first < count; first += kRows) {
+    const std::size_t size = std::min(kRows, count - first);
+    for (Eigen::Index i = 0; i < n; ++i) {
+      column.GetImpl()->GetDoubles(QVRowNumbers(rows + first, size),
+                                   rows_[static_cast<std::size_t>(i)], values);
+      for (std::size_t k = 0; k < size; ++k)
+        similarities(i, static_cast<Eigen::Index>(first + k)) = values[k];
+    }
+  }
+}
+
+QVStatModelResult QVLinearSmootherOnSimilarityBase::GetPredictedResponseCols(
+    QVDataTableCol& predicted, QVDataTableCol& averageWeights, QVDataTableCol& estimatedErrors,
+    const QVDataTable& table) const {
+  static const char* const where = "QVLinearSmootherOnSimilarityBase::GetPredictedResponse";
+  predicted = averageWeights = estimatedErrors = QVDataTableCol();
+  QVStatModelResult result;
+  const QVDataTableCol similarity = table.GetColumnFromName(result, similarityColName_);
+  if (QVFailedIn(result, where)) return result;
+
+  constexpr std::size_t kBlock = 256;
+  const std::vector<std::size_t> rows = table.GetRowNumbers();
+  QVSimilarityPredictions all;
+  Eigen::MatrixXd similarities;
+  for (std::size_t first = 0; first < rows.size(); first += kBlock) {
+    GatherSimilarities(similarity, rows.data() + first, std::min(kBlock, rows.size() - first),
+                       similarities);
+    QVSimilarityPredictions block;
+    result = GetPredictedResponses(block, similarities);
+    if (QVFailedIn(result, where)) return result;
+    Append(all, block);
+  }
+  const std::string name = GetNameOfLinearSmootherOnSimilarity();
+  const std::size_t numRows = similarity.GetTotalNumRowsInCol();
+  predicted = MakeResultColumn("Predicted Response", "Predicted Response for" + name, all.predicted,
+                               rows, numRows);
+  averageWeights =
+      MakeResultColumn("Average Similarity Weights", "Average Similarity Weights" + name,
+                       all.averageWeights, rows, numRows);
+  estimatedErrors =
+      MakeResultColumn("Estimated Prediction Error", "Estimated Prediction Error" + name,
+                       all.estimatedErrors, rows, numRows);
+  return true;
+}
+
+// ----- results
+
+QVSimilarityRegressionResult QVLinearSmootherOnSimilarityBase::GetRegressionResults(
+    const std::string& description, const std::string& responseColName,
+    const QVDataTable& table) const {
+  static const char* const where = "QVLinearSmootherOnSimilarityBase::GetRegressionResults";
+  namespace Columns = QVSimilarityRegressionResultColTypes;
+  using Result = QVSimilarityRegressionResult;
+  if (!ModelIsValid())
+    return Result(QVFailure(Failure::ObjectNotValid, where) << GetResultOfConstructor());
+
+  QVDataTableCol predicted;
+  QVDataTableCol weights;
+  QVDataTableCol errors;
+  QVStatModelResult result = GetPredictedResponseCols(predicted, weights, errors, table);
+  if (QVFailedIn(result, where)) return Result(result);
+  const QVDataTableCol response = table.GetColumnFromName(result, responseColName);
+  if (QVFailedIn(result, where)) return Result(result);
+  QVDataTableCol residual = response - predicted;
+  QVDataTableCol absolute = QVAbsoluteValue(residual);
+  predicted.SetColumnName(Columns::TypeName[Columns::PredictedResponses]);
+  weights.SetColumnName(Columns::TypeName[Columns::AverageSimilarityWeights]);
+  errors.SetColumnName(Columns::TypeName[Columns::EstimatedPredictionError]);
+  residual.SetColumnName(Columns::TypeName[Columns::ResidualErrors]);
+  absolute.SetColumnName(Columns::TypeName[Columns::AbsoluteResidualErrors]);
+
+  QVDataTable results(table);
+  results.ClearColumns();
+  for (const QVDataTableCol& column : {response, predicted, weights, errors, residual, absolute}) {
+    result = results.AddColumn(column);
+    if (QVFailedIn(result, where)) return Result(result);
+  }
+  return Result(result, GetNameOfLinearSmootherOnSimilarity(), description, results, params_,
+                paramNames_);
+}
+
+QVSimilarityRegressionResult QVLinearSmootherOnSimilarityBase::GetTrainingSetResults() const {
+  return GetRegressionResults("Training Set Results", responseColName_, table_);
+}
+
+QVSimilarityRegressionResult QVLinearSmootherOnSimilarityBase::GetTestSetResults(
+    const std::string& responseColName, const QVDataTable& testTable) const {
+  static const char* const where = "QVLinearSmootherOnSimilarityBase::GetTestSetResults";
+  QVStatModelResult result;
+  const QVDataTableCol response = testTable.GetColumnFromName(result, responseColName);
+  if (QVFailedIn(result, where)) return QVSimilarityRegressionResult(result);
+  QVDataTable emptied(testTable);
+  emptied.ClearColumns();
+  result = emptied.AddColumn(response);
+  if (QVFailedIn(result, where)) return QVSimilarityRegressionResult(result);
+  return GetRegressionResults("Test Set Results", responseColName, testTable);
+}
+
+// ----- the null smoother
+
+QVNullRegressionOnSimilarity::QVNullRegressionOnSimilarity()
+    : QVLinearSmootherOnSimilarityBase("", "", QVDataTable("")) {
+  result_.SetFailureTypeAndWhereFailed(Failure::ObjectNotValid,
+                                       "Constructor of QVNullRegressionOnSimilarity");
+}
+
+QVNullRegressionOnSimilarity* QVNullRegressionOnSimilarity::CreateCopy() const {
+  return new QVNullRegressionOnSimilarity(*this);
+}
+
+unsigned int QVNullRegressionOnSimilarity::GetTypeOfLinearSmootherOnSimilarity() const {
+  return QVLinearSmootherOnSimilarityType::Unknown;
+}
+
+QVStatModelResult QVNullRegressionOnSimilarity::SetModelParams(const std::vector<double>&) {
+  return QVFailure(Failure::ObjectNotValid, "QVNullRegressionOnSimilarity::SetModelParams");
+}
+
+QVStatModelResult QVNullRegressionOnSimilarity::GetPredictedResponse(double& predicted,
+                                                                     double& averageWeight,
+                                                                     double& estimatedError,
+                                                                     const QVDataTableCol&) const {
+  predicted = averageWeight = estimatedError = BadDouble;
+  return QVFailure(Failure::ObjectNotValid, "QVNullRegression::GetPredictedResponse");
+}
+
+}  // namespace QVStats

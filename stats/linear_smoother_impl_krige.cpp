@@ -1,0 +1,299 @@
+#include <Eigen/Cholesky>
+#include <cmath>
+#include <limits>
+
+#include "stats/api/linear_smoother_impl.h"
+#include "stats/api/stats_data_types.h"
+#include "stats/failure.h"
+#include "stats/linear_smoother_algebra.h"
+
+namespace QVStats {
+
+namespace {
+
+namespace Failure = QVStatModelFailureType;
+using QVStatsBadData::BadDouble;
+
+/// Both models report their constructor and the centre of a prediction under the simple one's name.
+const char* const kConstructor = "Constructor for QVKrigeOnSimilarity";
+const char* const kCentredPrediction = "QVKrigeOnSimilarity::GetPredictedCenteredResponse";
+
+}  // namespace
+
+// ----- what the models share
+
+QVKrigeOnSimilarityBase::QVKrigeOnSimilarityBase(unsigned int kernelType,
+                                                 const std::string& responseColName,
+                                                 const std::string& similarityColName,
+                                                 const QVDataTable& table)
+    : QVLinearSmootherOnSimilarityBase(responseColName, similarityColName, table) {
+  SetKernel(kernelType, kConstructor, {"nugget", "sill"});
+}
+
+QVStatModelResult QVKrigeOnSimilarityBase::SetModelParams(const std::vector<double>& params) {
+  const Names& names = GetNames();
+  if (params.size() != 3)
+    return QVFailure(Failure::WrongInputVectorSize, names.setModelParams)
+           << "size input params = " << params.size() << " size required = " << 3;
+  const double nugget = params[1];
+  if (nugget > params[2])
+    return QVFailure(Failure::ArgumentOutOfRange, names.setModelParams)
+           << "nugget (" << nugget << "); greater than sill (" << params[2] << ")";
+  params_ = params;
+  Eigen::MatrixXd covariance;
+  QVStatModelResult result = FillCovariance(covariance);
+  if (result.IsSuccessful() && !Factorise(covariance))
+    result = QVFailure(Failure::SingularScaleOrCovariance, names.decomposition)
+             << "eigen ldlt.info() reports a numerical issue";
+  if (result.IsSuccessful()) result = ReadResponses(responses_, names.transformedResponse);
+  if (QVFailedIn(result, names.setModelParams)) {
+    params_.clear();
+    return result;
+  }
+  SetResponses(responses_);
+  return true;
+}
+
+QVStatModelResult QVKrigeOnSimilarityBase::FillCovariance(Eigen::MatrixXd& covariance) const {
+  QVStatModelResult result =
+      FillKernelMatrix(covariance, GetPartialSill(), GetNames().decomposition);
+  if (result.IsSuccessful()) covariance.diagonal().array() += params_[1];
+  return result;
+}
+
+QVStatModelResult QVKrigeOnSimilarityBase::GetPredictedResponse(
+    double& predicted, double& averageWeight, double& estimatedError,
+    const QVDataTableCol& similarities) const {
+  predicted = averageWeight = estimatedError = BadDouble;
+  QVStatModelResult result = CheckQuery(similarities, GetNames().getPredictedResponse);
+  if (result.NotSuccessful()) return result;
+  return PredictOne(predicted, averageWeight, estimatedError, similarities);
+}
+
+QVStatModelResult QVKrigeOnSimilarityBase::GetCovariances(
+    Eigen::MatrixXd& covariances, std::vector<double>& averageWeights,
+    const Eigen::MatrixXd& similarities) const {
+  static const SimilarityRange range = {1.0 + 10.0 * std::numeric_limits<double>::epsilon(),
+                                        Failure::MissingOrBadPredictorValue, "at row (",
+                                        ") similarity value = "};
+  const char* where = GetNames().getPredictedResponse;
+  QVStatModelResult result = CheckParams(where);
+  for (Eigen::Index object = 0; result.IsSuccessful() && object < similarities.cols(); ++object) {
+    result = CheckSimilarities(range, kCentredPrediction, similarities.col(object).data());
+    QVFailedIn(result, where);
+  }
+  if (result.NotSuccessful()) return result;
+  covariances.resize(similarities.rows(), similarities.cols());
+  kernel_.GetValues(similarities.data(), static_cast<std::size_t>(similarities.size()), params_[0],
+                    covariances.data());
+  for (Eigen::Index object = 0; object < similarities.cols(); ++object)
+    averageWeights.push_back(covariances.col(object).sum() /
+                             static_cast<double>(similarities.rows()));
+  covariances *= GetPartialSill();
+  return true;
+}
+
+QVStatModelResult QVKrigeOnSimilarityBase::CheckLeaveOneOut(const char* where) const {
+  if (!ModelIsValid()) return QVFailure(Failure::ObjectNotValid, where) << GetResultOfConstructor();
+  if (responses_.size() < 2) return QVFailure(Failure::NoData, where);
+  return true;
+}
+
+// ----- simple kriging
+
+QVKrigeOnSimilarity::QVKrigeOnSimilarity(unsigned int kernelType,
+                                         const std::string& responseColName,
+                                         const std::string& similarityColName,
+                                         const QVDataTable& table)
+    : QVKrigeOnSimilarityBase(kernelType, responseColName, similarityColName, table) {}
+
+QVKrigeOnSimilarity* QVKrigeOnSimilarity::CreateCopy() const {
+  return new QVKrigeOnSimilarity(*this);
+}
+
+unsigned int QVKrigeOnSimilarity::GetTypeOfLinearSmootherOnSimilarity() const {
+  return QVLinearSmootherOnSimilarityType::Krige;
+}
+
+const QVKrigeOnSimilarityBase::Names& QVKrigeOnSimilarity::GetNames() const {
+  static const Names names = {"QVKrigeOnSimilarity::SetModelParams",
+                              "QVKrigeOnSimilarity::GetTrainingSetLLTDecomposition",
+                              "QVKrigeOnSimilarity::GetTrainingSetTransformedResponse",
+                              "QVKrigeOnSimilarity::GetPredictedResponse"};
+  return names;
+}
+
+bool QVKrigeOnSimilarity::Factorise(Eigen::MatrixXd& covariance) {
+  if (!QVFactoriseInPlace(covariance)) return false;
+  factor_.swap(covariance);
+  return true;
+}
+
+void QVKrigeOnSimilarity::SetResponses(const Eigen::VectorXd& responses) {
+  meanResponse_ = responses.sum() / static_cast<double>(responses.size());
+  weights_ = responses.array() - meanResponse_;
+  QVSolveLower(factor_, weights_);
+  QVSolveLowerTransposed(factor_, weights_);
+}
+
+QVStatModelResult QVKrigeOnSimilarity::GetPredictedResponses(
+    QVSimilarityPredictions& predictions, const Eigen::MatrixXd& similarities) const {
+  predictions = {};
+  Eigen::MatrixXd covariances;
+  QVSimilarityPredictions all;
+  QVStatModelResult result = GetCovariances(covariances, all.averageWeights, similarities);
+  if (result.NotSuccessful()) return result;
+  const Eigen::Index n = covariances.rows();
+  for (Eigen::Index object = 0; object < covariances.cols(); ++object)
+    all.predicted.push_back(meanResponse_ +
+                            QVDot(covariances.col(object).data(), weights_.data(), n));
+  QVSolveLower(factor_, covariances);
+  for (Eigen::Index object = 0; object < covariances.cols(); ++object) {
+    const double* column = covariances.col(object).data();
+    all.estimatedErrors.push_back(std::sqrt(GetSill() - QVDot(column, column, n)));
+  }
+  predictions = std::move(all);
+  return true;
+}
+
+QVStatModelResult QVKrigeOnSimilarity::GetLeaveOneOutPredictions(
+    QVSimilarityPredictions& predictions) const {
+  predictions = {};
+  QVStatModelResult result = CheckLeaveOneOut("QVKrigeOnSimilarity::GetLeaveOneOutPredictions");
+  if (result.NotSuccessful()) return result;
+  Eigen::MatrixXd whitening = Eigen::MatrixXd::Identity(responses_.size(), responses_.size());
+  QVSolveLower(factor_, whitening);
+  QVLeaveOneOutAroundMean(predictions, whitening, responses_);
+  predictions.averageWeights = GetAverageWeightsOfOthers();
+  return true;
+}
+
+// ----- ordinary kriging
+
+QVOrdinaryKrigeOnSimilarity::QVOrdinaryKrigeOnSimilarity(unsigned int kernelType,
+                                                         const std::string& responseColName,
+                                                         const std::string& similarityColName,
+                                                         const QVDataTable& table)
+    : QVKrigeOnSimilarityBase(kernelType, responseColName, similarityColName, table) {}
+
+QVOrdinaryKrigeOnSimilarity* QVOrdinaryKrigeOnSimilarity::CreateCopy() const {
+  return new QVOrdinaryKrigeOnSimilarity(*this);
+}
+
+unsigned int QVOrdinaryKrigeOnSimilarity::GetTypeOfLinearSmootherOnSimilarity() const {
+  return QVLinearSmootherOnSimilarityType::OrdinaryKrige;
+}
+
+const QVKrigeOnSimilarityBase::Names& QVOrdinaryKrigeOnSimilarity::GetNames() const {
+  static const Names names = {"QVOrdinaryKrigeOnSimilarity::SetModelParams",
+                              "QVOrdinaryKrigeOnSimilarity::GetTrainingSetLDLTDecomposition",
+                              "QVOrdinaryKrigeOnSimilarity::GetTrainingSetTransformedResponse",
+                              "QVOrdinaryKrigeOnSimilarity::GetPredictedResponse"};
+  return names;
+}
+
+bool QVOrdinaryKrigeOnSimilarity::Factorise(Eigen::MatrixXd& covariance) {
+  const Eigen::Index n = covariance.rows();
+  inverse_.resize(0, 0);
+  // A positive definite C leaves A regular, since 1' C^-1 1 > 0: its factor solves both systems.
+  if (n > 0 && QVFactoriseInPlace(covariance)) {
+    factor_.swap(covariance);
+    whitenedOnes_ = Eigen::VectorXd::Ones(n);
+    QVSolveLower(factor_, whitenedOnes_);
+    onesNorm_ = whitenedOnes_.squaredNorm();
+    return true;
+  }
+  factor_.resize(0, 0);
+  FillCovariance(covariance);  // again: the attempt has overwritten it
+  Eigen::MatrixXd bordered = Eigen::MatrixXd::Zero(n + 1, n + 1);
+  bordered.topLeftCorner(n, n).triangularView<Eigen::Lower>() = covariance;
+  bordered.row(n).head(n).setOnes();
+  const Eigen::LDLT<Eigen::MatrixXd, Eigen::Lower> ldlt(bordered);
+  if (ldlt.info() != Eigen::Success) return false;
+  inverse_ = ldlt.solve(Eigen::MatrixXd::Identity(n + 1, n + 1));
+  return true;
+}
+
+void QVOrdinaryKrigeOnSimilarity::SetResponses(const Eigen::VectorXd& responses) {
+  const Eigen::Index n = responses.size();
+  weights_.resize(n + 1);
+  if (factor_.rows() == 0) {
+    weights_ = inverse_.leftCols(n) * responses;
+    return;
+  }
+  Eigen::VectorXd solution = responses;
+  QVSolveLower(factor_, solution);
+  // The generalised least-squares mean: the last equation of the system, solved first.
+  const double mean = whitenedOnes_.dot(solution) / onesNorm_;
+  solution -= mean * whitenedOnes_;
+  QVSolveLowerTransposed(factor_, solution);
+  weights_.head(n) = solution;
+  weights_[n] = mean;
+}
+
+QVStatModelResult QVOrdinaryKrigeOnSimilarity::GetPredictedResponses(
+    QVSimilarityPredictions& predictions, const Eigen::MatrixXd& similarities) const {
+  predictions = {};
+  Eigen::MatrixXd covariances;
+  QVSimilarityPredictions all;
+  QVStatModelResult result = GetCovariances(covariances, all.averageWeights, similarities);
+  if (result.NotSuccessful()) return result;
+  const Eigen::Index n = covariances.rows();
+  for (Eigen::Index object = 0; object < covariances.cols(); ++object)
+    all.predicted.push_back(QVDot(covariances.col(object).data(), weights_.data(), n) +
+                            weights_[n]);
+  all.estimatedErrors.assign(all.predicted.size(), BadDouble);
+  predictions = std::move(all);
+  return true;
+}
+
+QVStatModelResult QVOrdinaryKrigeOnSimilarity::GetOrdinaryKrigingErrors(
+    std::vector<double>& errors, const Eigen::MatrixXd& similarities) const {
+  errors.clear();
+  Eigen::MatrixXd k;
+  std::vector<double> weights;
+  QVStatModelResult result = GetCovariances(k, weights, similarities);
+  if (QVFailedIn(result, "QVOrdinaryKrigeOnSimilarity::GetOrdinaryKrigingErrors")) return result;
+  const Eigen::Index n = k.rows();
+  if (factor_.rows() == 0) {
+    Eigen::VectorXd bordered(n + 1);
+    for (Eigen::Index object = 0; object < k.cols(); ++object) {
+      bordered << k.col(object), 1.0;
+      errors.push_back(std::sqrt(GetSill() - bordered.dot(inverse_ * bordered)));
+    }
+    return true;
+  }
+  QVSolveLower(factor_, k);
+  for (Eigen::Index object = 0; object < k.cols(); ++object) {
+    const double* column = k.col(object).data();
+    const double bias = 1.0 - QVDot(column, whitenedOnes_.data(), n);
+    errors.push_back(std::sqrt(GetSill() - QVDot(column, column, n) + bias * bias / onesNorm_));
+  }
+  return true;
+}
+
+QVStatModelResult QVOrdinaryKrigeOnSimilarity::GetLeaveOneOutPredictions(
+    QVSimilarityPredictions& predictions) const {
+  predictions = {};
+  QVStatModelResult result =
+      CheckLeaveOneOut("QVOrdinaryKrigeOnSimilarity::GetLeaveOneOutPredictions");
+  if (result.NotSuccessful()) return result;
+  const Eigen::Index n = responses_.size();
+  Eigen::VectorXd diagonal;
+  if (factor_.rows() == 0) {
+    diagonal = inverse_.diagonal().head(n);
+  } else {
+    Eigen::MatrixXd whitening = Eigen::MatrixXd::Identity(n, n);
+    QVSolveLower(factor_, whitening);
+    const QVInverseProducts inverse(whitening, responses_);
+    diagonal = inverse.diagonal.array() - inverse.ones.array().square() / onesNorm_;
+  }
+  for (Eigen::Index i = 0; i < n; ++i) {
+    predictions.predicted.push_back(responses_[i] - weights_[i] / diagonal[i]);
+    predictions.estimatedErrors.push_back(std::sqrt(1.0 / diagonal[i]));
+  }
+  predictions.averageWeights = GetAverageWeightsOfOthers();
+  return true;
+}
+
+}  // namespace QVStats

@@ -31,6 +31,7 @@ class Failure : public std::runtime_error {
 using AddCommand = void (*)(CLI::App& program, int& exitCode);
 
 // One declaration for each subcommand, a row of the table in main.cpp.
+void AddMixtureCommand(CLI::App& program, int& exitCode);
 void AddPredictCommand(CLI::App& program, int& exitCode);
 void AddReportCommand(CLI::App& program, int& exitCode);
 void AddValidateCommand(CLI::App& program, int& exitCode);

@@ -14,6 +14,7 @@ namespace {
 // A subcommand is a file beside this one and a row here.
 // clang-format off
 constexpr QVApps::AddCommand kCommands[] = {
+    &QVApps::AddMixtureCommand,
     &QVApps::AddPredictCommand,
     &QVApps::AddReportCommand,
     &QVApps::AddSimilarityCommand,

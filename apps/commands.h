@@ -35,6 +35,7 @@ void AddAUCCommand(CLI::App& program, int& exitCode);
 void AddClusterCommand(CLI::App& program, int& exitCode);
 void AddLogitCommand(CLI::App& program, int& exitCode);
 void AddPLSCommand(CLI::App& program, int& exitCode);
+void AddMixtureCommand(CLI::App& program, int& exitCode);
 void AddPredictCommand(CLI::App& program, int& exitCode);
 void AddReportCommand(CLI::App& program, int& exitCode);
 void AddValidateCommand(CLI::App& program, int& exitCode);

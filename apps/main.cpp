@@ -18,6 +18,7 @@ constexpr QVApps::AddCommand kCommands[] = {
     &QVApps::AddClusterCommand,
     &QVApps::AddLogitCommand,
     &QVApps::AddPLSCommand,
+    &QVApps::AddMixtureCommand,
     &QVApps::AddPredictCommand,
     &QVApps::AddReportCommand,
     &QVApps::AddSimilarityCommand,

@@ -23,6 +23,14 @@ using Quiet = policies::policy<
     policies::evaluation_error<policies::ignore_error>,
     policies::rounding_error<policies::ignore_error>, policies::promote_double<false>>;
 
+/// A function of Boost at arguments that are numbers: given a NaN, some of them throw whatever the
+/// policy says.
+template <class Function, class... Arguments>
+double OfNumbers(Function function, Arguments... arguments) {
+  if ((std::isnan(arguments) || ...)) return std::numeric_limits<double>::quiet_NaN();
+  return function(arguments...);
+}
+
 }  // namespace
 
 double QVerf(double x) { return boost::math::erf(x, Quiet()); }
@@ -31,14 +39,16 @@ double QVlgamma(double x) { return boost::math::lgamma(x, Quiet()); }
 double QVDiGamma(double x) { return boost::math::digamma(x, Quiet()); }
 double QVTriGamma(double x) { return boost::math::trigamma(x, Quiet()); }
 double QVIncompleteBeta(double a, double b, double x) {
-  return boost::math::ibeta(a, b, x, Quiet());
+  return OfNumbers([](auto... of) { return boost::math::ibeta(of..., Quiet()); }, a, b, x);
 }
 double QVIncompleteBetaComplement(double a, double b, double x) {
-  return boost::math::ibetac(a, b, x, Quiet());
+  return OfNumbers([](auto... of) { return boost::math::ibetac(of..., Quiet()); }, a, b, x);
 }
-double QVIncompleteGamma(double a, double x) { return boost::math::gamma_p(a, x, Quiet()); }
+double QVIncompleteGamma(double a, double x) {
+  return OfNumbers([](auto... of) { return boost::math::gamma_p(of..., Quiet()); }, a, x);
+}
 double QVIncompleteGammaComplement(double a, double x) {
-  return boost::math::gamma_q(a, x, Quiet());
+  return OfNumbers([](auto... of) { return boost::math::gamma_q(of..., Quiet()); }, a, x);
 }
 double QVLogBeta(double a, double b) {
   const double small = std::min(a, b), large = std::max(a, b);
@@ -51,10 +61,12 @@ double QVLogBeta(double a, double b) {
 double QVLogOnePlusMinus(double x) { return boost::math::log1pmx(x, Quiet()); }
 double QVerfcInverse(double q) { return boost::math::erfc_inv(q, Quiet()); }
 double QVIncompleteGammaComplementInverse(double a, double q) {
-  return boost::math::gamma_q_inv(a, q, Quiet());
+  return OfNumbers([](auto... of) { return boost::math::gamma_q_inv(of..., Quiet()); }, a, q);
 }
 double QVIncompleteBetaInverse(double a, double b, double p, double& oneMinusX) {
-  return boost::math::ibeta_inv(a, b, p, &oneMinusX, Quiet());
+  oneMinusX = std::numeric_limits<double>::quiet_NaN();
+  return OfNumbers([&](auto... of) { return boost::math::ibeta_inv(of..., &oneMinusX, Quiet()); },
+                   a, b, p);
 }
 
 }  // namespace QVMath

@@ -519,7 +519,7 @@ TEST(MultiVarGauss, RefusesAMatrixThatIsNotPositiveDefinite) {
 
 TEST(MultiVarGauss, AMarginalThatIsSingularIsNull) {
   QVStatModelResult result;
-  const QVMultiVarPDF pdf = QVMultivariateGaussian({"a", "b"}, {0, 0}, {2, 0.5, 0.5, 1}, result);
+  const QVMultiVarPDF pdf = QVMultivariateGaussian({"a", "b"}, {0, 0}, {1, 0, 0, 1}, result);
   const QVMultiVarPDF marginal = pdf.GetMultivariateMarginal({"a", "a"}, result);
   EXPECT_EQ(result.GetFailureType(), QVStatModelFailureType::SingularMatrix);
   marginal.GetMean(result);

@@ -66,7 +66,9 @@ sanitize() {
   packages
   build sanitize
   # RDKit is not instrumented, so the bounds that it leaves in containers mean nothing here.
-  ASAN_OPTIONS=detect_container_overflow=0:allocator_may_return_null=1 \
+  # fontconfig keeps a few patterns until the process ends.
+  LSAN_OPTIONS=suppressions=$PWD/tests/support/leaks.supp:print_suppressions=0 \
+    ASAN_OPTIONS=detect_container_overflow=0:allocator_may_return_null=1 \
     UBSAN_OPTIONS=print_stacktrace=1 run_tests sanitize
 }
 

@@ -5,8 +5,13 @@
 #   demo       builds, then trains, validates and predicts on real data; results in out/demo
 #   test       builds and passes the tests
 #   sanitize   the tests under the address and undefined-behaviour sanitizers
+#   threads    the tests of shared objects under the thread sanitizer
+#   fuzz       each fuzz target for a minute, or FUZZ_SECONDS
 #   format     checks the formatting
+#   lint       clang-tidy and cppcheck
+#   symbols    compares what the libraries export with the lists in cmake/symbols
 #   consumer   installs, then builds and runs a small project against the installed tree
+#   package    makes the Debian packages, unpacks them and uses what they hold
 #   docs       the API reference, in build/release/docs/html
 #   bench      builds and runs the benchmarks
 set -euo pipefail
@@ -62,14 +67,44 @@ tests() {
   run_tests release
 }
 
+INSTRUMENTED=(clang libclang-rt-14-dev)
+# RDKit is not instrumented, so the bounds that it leaves in containers mean nothing here.
+export ASAN_OPTIONS=detect_container_overflow=0:allocator_may_return_null=1
+export UBSAN_OPTIONS=print_stacktrace=1
+# fontconfig keeps a few patterns until the process ends.
+export LSAN_OPTIONS=suppressions=$PWD/tests/support/leaks.supp:print_suppressions=0
+
 sanitize() {
-  packages
+  packages "${INSTRUMENTED[@]}"
   build sanitize
-  # RDKit is not instrumented, so the bounds that it leaves in containers mean nothing here.
-  # fontconfig keeps a few patterns until the process ends.
-  LSAN_OPTIONS=suppressions=$PWD/tests/support/leaks.supp:print_suppressions=0 \
-    ASAN_OPTIONS=detect_container_overflow=0:allocator_may_return_null=1 \
-    UBSAN_OPTIONS=print_stacktrace=1 run_tests sanitize
+  run_tests sanitize
+}
+
+threads() {
+  packages "${INSTRUMENTED[@]}"
+  say "building (threads)"
+  cmake --preset threads
+  cmake --build --preset threads --parallel "$JOBS" --target threads_test
+  say "testing (threads)"
+  TSAN_OPTIONS=halt_on_error=1 build/threads/tests/threads_test
+}
+
+# Finds are kept in build/fuzz/<name>; an input that fails is written there and printed.
+fuzz_one() {
+  local name=$1 out=build/fuzz/$1
+  mkdir -p "$out"
+  build/sanitize/fuzz/"${name}_fuzz" -max_total_time="${FUZZ_SECONDS:-60}" -timeout=20 -rss_limit_mb=4096 \
+    -max_len=4096 -print_final_stats=1 -artifact_prefix="$out/" "$out" "fuzz/corpus/$name" >"$out.log" 2>&1 ||
+    { tail -60 "$out.log"; echo "fuzz: $name failed"; return 1; }
+  echo "$name: $(grep -E 'Done|number_of_executed' "$out.log" | tr '\n' ' ')"
+}
+
+fuzz() {
+  packages "${INSTRUMENTED[@]}"
+  build sanitize
+  say "fuzzing"
+  export -f fuzz_one
+  printf '%s\n' fuzz/*_fuzz.cpp | sed 's#fuzz/##; s#_fuzz.cpp##' | xargs -P "$JOBS" -I{} bash -c 'fuzz_one {}'
 }
 
 format() {
@@ -79,19 +114,46 @@ format() {
   echo "every file is formatted"
 }
 
-consumer() {
+lint() {
+  packages clang-tidy cppcheck
+  cmake --preset release
+  cmake --build --preset release --parallel "$JOBS" --target qvstats  # the generated headers
+  local ours='^(platform|stats|apps)/.*\.cpp$'
+  say "clang-tidy"
+  git ls-files | grep -E "$ours" |
+    xargs -P "$JOBS" -n 4 clang-tidy --quiet -p build/release
+  say "cppcheck"
+  cppcheck --project=build/release/compile_commands.json --file-filter="$PWD/platform/*" \
+    --file-filter="$PWD/stats/*" --file-filter="$PWD/apps/*" --suppressions-list=.cppcheck \
+    --enable=warning,performance,portability --inline-suppr --error-exitcode=1 --quiet -j "$JOBS"
+  echo "nothing found"
+}
+
+# Strong symbols only: which templates a compiler emits beside them is its own affair.
+symbols() {
   packages
   build release
-  local prefix=$PWD/build/prefix
-  rm -rf "$prefix" build/consumer
-  say "installing into build/prefix"
-  cmake --install build/release --prefix "$prefix" >/dev/null
+  say "exported symbols"
+  local library out=build/symbols
+  mkdir -p "$out"
+  for library in build/release/stats/libqvstats.so build/release/platform/*/libqv*.so; do
+    nm -DC --defined-only "$library" | awk '$2 ~ /[TDBR]/ { $1 = $2 = ""; print substr($0, 3) }' | LC_ALL=C sort -u \
+      >"$out/$(basename "$library" .so).txt"
+  done
+  diff -ru cmake/symbols "$out" || { echo "Meant so? cp $out/* cmake/symbols"; return 1; }
+  echo "$(cat "$out"/*.txt | wc -l) symbols, as listed"
+}
+
+# use_installed PREFIX: a project outside of the tree builds with what is installed there, and the
+# program runs.
+use_installed() {
+  local prefix=$1 flags
+  rm -rf build/consumer
   say "a project that uses the CMake package"
   cmake -S examples/consumer -B build/consumer -G Ninja -DCMAKE_PREFIX_PATH="$prefix"
   cmake --build build/consumer
   build/consumer/consumer
   say "the same through pkg-config"
-  local flags
   flags=$(PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name qvstats.pc)") \
     pkg-config --cflags --libs --define-variable=prefix="$prefix" qvstats)
   # shellcheck disable=SC2086
@@ -100,6 +162,31 @@ consumer() {
   build/consumer/consumer_pkgconfig
   say "the installed program"
   "$prefix/bin/qvstats" --version
+}
+
+consumer() {
+  packages
+  build release
+  local prefix=$PWD/build/prefix
+  rm -rf "$prefix"
+  say "installing into build/prefix"
+  cmake --install build/release --prefix "$prefix" >/dev/null
+  use_installed "$prefix"
+}
+
+package() {
+  packages dpkg-dev file
+  build release
+  local out=$PWD/build/packages deb
+  rm -rf "$out"
+  say "making the packages"
+  cpack --config build/release/CPackConfig.cmake -B "$out"
+  for deb in "$out"/*.deb; do
+    dpkg-deb --info "$deb" | grep -E '^ (Package|Depends|Installed-Size)'
+    dpkg-deb --extract "$deb" "$out/root"
+  done
+  apt-get install --simulate "$out"/*.deb >/dev/null
+  use_installed "$out/root/usr"
 }
 
 docs() {
@@ -120,10 +207,10 @@ bench() {
 }
 
 case "${1:-}" in
-  demo | sanitize | format | consumer | docs | bench) "$1" ;;
+  demo | sanitize | threads | fuzz | format | lint | symbols | consumer | package | docs | bench) "$1" ;;
   test) tests ;;
   *)
-    sed -n '2,12s/^# \{0,1\}//p' "$0"
+    sed -n '2,19s/^# \{0,1\}//p' "$0"
     exit 1
     ;;
 esac

@@ -4,10 +4,15 @@ include(GenerateExportHeader)
 add_library(qvstats_build_flags INTERFACE)
 target_compile_options(qvstats_build_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wold-style-cast -Werror
-  $<$<BOOL:${QVSTATS_SANITIZE}>:-fsanitize=address,undefined -fno-sanitize-recover=all
-                                -fno-omit-frame-pointer>)
-target_link_options(qvstats_build_flags INTERFACE
-  $<$<BOOL:${QVSTATS_SANITIZE}>:-fsanitize=address,undefined>)
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>)  # as GCC understands -Wconversion
+if(QVSTATS_SANITIZE)
+  target_compile_options(qvstats_build_flags INTERFACE -fsanitize=${QVSTATS_SANITIZE}
+    -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(qvstats_build_flags INTERFACE -fsanitize=${QVSTATS_SANITIZE})
+endif()
+if(QVSTATS_BUILD_FUZZERS)
+  target_compile_options(qvstats_build_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 # qvstats_library(<component> TARGET <name> DIRECTORY <dir> SOURCES ... [PUBLIC ...] [PRIVATE ...])
 #
@@ -46,7 +51,9 @@ function(qvstats_library component)
     endif()
   endforeach()
   target_link_libraries(${LIB_TARGET} PRIVATE $<BUILD_INTERFACE:qvstats_build_flags>)
-  target_link_options(${LIB_TARGET} PRIVATE -Wl,--no-undefined)
+  if(NOT QVSTATS_SANITIZE)  # whose runtime is in the program
+    target_link_options(${LIB_TARGET} PRIVATE -Wl,--no-undefined)
+  endif()
   set_target_properties(${LIB_TARGET} PROPERTIES EXPORT_NAME ${component}
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "\$ORIGIN")
 

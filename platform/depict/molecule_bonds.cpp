@@ -30,7 +30,6 @@ class BondDrawer {
       : image_(image),
         placed_(placed),
         bond_(bond),
-        labels_(labels),
         color_(GetInkColor(placed.colorStyle)),
         pen_(QVLinePen(color_, placed.lineWidth).SetRoundEnds(true)),
         gap_(kLineGap * placed.bondLength) {
@@ -168,7 +167,6 @@ class BondDrawer {
   QVImageBase& image_;
   const PlacedScene& placed_;
   const SceneBond& bond_;
-  const std::vector<AtomLabel>& labels_;
   QVSystem::QVColor color_;
   QVPen pen_;
   double gap_;

@@ -1,0 +1,59 @@
+#include "apps/program.h"
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <iostream>
+#include <new>
+
+#include "apps/commands.h"
+#include "stats/api/version.h"
+
+namespace QVApps {
+
+namespace {
+
+// A subcommand is a file beside this one and a row here.
+// clang-format off
+constexpr AddCommand kCommands[] = {
+    &AddAUCCommand,
+    &AddClusterCommand,
+    &AddLogitCommand,
+    &AddPLSCommand,
+    &AddMixtureCommand,
+    &AddPredictCommand,
+    &AddReportCommand,
+    &AddSimilarityCommand,
+    &AddTableCommand,
+    &AddValidateCommand,
+};
+// clang-format on
+
+int Parse(int argc, const char* const* argv) {
+  CLI::App program("Statistical modelling for cheminformatics: predictions with an error bar.",
+                   "qvstats");
+  program.set_version_flag("--version", std::string("qvstats ") + QVStats::QVStatsGetRelease());
+  program.require_subcommand(1);
+  int exitCode = kDone;
+  for (const AddCommand add : kCommands) add(program, exitCode);
+  try {
+    program.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return program.exit(error) == 0 ? kDone : kWrongUse;
+  }
+  return exitCode;
+}
+
+}  // namespace
+
+int RunProgram(int argc, const char* const* argv) {
+  try {
+    return Parse(argc, argv);
+  } catch (const std::bad_alloc&) {
+    std::cerr << "qvstats: out of memory\n";
+  } catch (const std::exception& error) {
+    std::cerr << "qvstats: " << error.what() << '\n';
+  }
+  return kWrongUse;
+}
+
+}  // namespace QVApps

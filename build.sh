@@ -118,6 +118,7 @@ lint() {
   packages clang-tidy cppcheck
   cmake --preset release
   cmake --build --preset release --parallel "$JOBS" --target qvstats  # the generated headers
+  tools/check_layers.sh
   local ours='^(platform|stats|apps)/.*\.cpp$'
   say "clang-tidy"
   git ls-files | grep -E "$ours" |

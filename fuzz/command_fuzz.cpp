@@ -22,8 +22,7 @@ class NullBuffer : public std::streambuf {
 
 /// The directory as it was: what a command wrote is gone, what it replaced is back.
 void RestoreDirectory() {
-  for (const fs::directory_entry& entry : fs::directory_iterator("."))
-    fs::remove_all(entry.path());
+  for (const fs::directory_entry& entry : fs::directory_iterator(".")) fs::remove_all(entry.path());
   fs::copy(QVSTATS_FUZZ_FILES, ".");
 }
 

@@ -1,6 +1,6 @@
 /// \file
-/// \brief What the fuzz targets share: files in memory, and a sink under which a warning is silent and
-/// a failed assertion ends the run.
+/// \brief What the fuzz targets share: files in memory, and a sink under which a warning is silent
+/// and a failed assertion ends the run.
 #ifndef QVSTATS_FUZZ_FUZZ_SUPPORT_H
 #define QVSTATS_FUZZ_FUZZ_SUPPORT_H
 

@@ -42,9 +42,9 @@ QVStats::QVKrigeOptions MakeOptions(FuzzedDataProvider& input) {
   const bool unmeasured = input.ConsumeBool();
   const unsigned int local = input.ConsumeIntegralInRange(0u, 6u);
   if (local == 0)
-    return QVStats::QVKrigeOptions(QVStats::QVGlobalKrigeOptions()
-                                       .SetUniqueResponseMethod(method)
-                                       .SetIncludeUnmeasured(unmeasured));
+    return QVStats::QVKrigeOptions(
+        QVStats::QVGlobalKrigeOptions().SetUniqueResponseMethod(method).SetIncludeUnmeasured(
+            unmeasured));
   return QVStats::QVKrigeOptions(QVStats::QVLocalKrigeOptions()
                                      .SetNumLocal(local)
                                      .SetUniqueResponseMethod(method)

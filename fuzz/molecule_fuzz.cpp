@@ -17,7 +17,8 @@ void CheckMolecule(QVChem::QVGraphMol& mol, bool stereo) {
   QVFuzz::Require(QVLikeness::QVGetVseprAtomFingerprints(mol, options).size() == mol.GetNumAtoms(),
                   "every atom has a fingerprint");
   const std::string smiles = QVChem::QVCreateSmiles(mol);
-  QVFuzz::Require(smiles.empty() == (mol.GetNumAtoms() == 0), "only an empty molecule has no SMILES");
+  QVFuzz::Require(smiles.empty() == (mol.GetNumAtoms() == 0),
+                  "only an empty molecule has no SMILES");
 }
 
 }  // namespace

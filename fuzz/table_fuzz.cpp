@@ -19,7 +19,8 @@ QVStatModelResult ReadPGS(QVDataTable& table, qvifstream& in, const std::string&
   return QVStats::QVLoadDataTableFromPGSFile(table, in, name, true);
 }
 
-QVStatModelResult ReadPGSWithoutMatrix(QVDataTable& table, qvifstream& in, const std::string& name) {
+QVStatModelResult ReadPGSWithoutMatrix(QVDataTable& table, qvifstream& in,
+                                       const std::string& name) {
   return QVStats::QVLoadDataTableFromPGSFile(table, in, name, false);
 }
 

@@ -158,20 +158,35 @@ struct Sample {
   bool isSimilarity = false;
 };
 
+/// Reads cells of a ratio column. Fails at the first that is missing, bad or not there.
+QVStatModelResult ReadCells(const char* where, double* values, const QVDataTableCol& col,
+                            const QVRowNumbers& rows, std::size_t j) {
+  col.GetImpl()->GetDoubles(rows, j, values);
+  // The sentinels are the largest values: states are looked up only where one may stand.
+  for (std::size_t i = 0; i < rows.size(); ++i)
+    if (values[i] >= QVStatsBadData::BadIndexDouble &&
+        col.GetCellStates(rows.Slice(i, 1), j)[0] != QVCellState::Good)
+      return QVFailure(Failure::MissingOrBadPredictorValue, where)
+             << "Column: " << col.GetColumnName() << ": cell (" << rows[i] << ", " << j << ")";
+  return true;
+}
+
 /// The lower triangle over some rows as a full matrix, row after row.
 QVStatModelResult GetMatrix(const char* where, Values& matrix, const QVDataTableCol& col,
                             const std::vector<std::size_t>& rows) {
-  matrix.clear();
-  const QVRowNumbers numbers(rows);
-  for (const std::size_t j : rows) {
-    const auto states = col.GetCellStates(numbers, j);
-    for (std::size_t i = 0; i < rows.size(); ++i)
-      if (states[i] != QVCellState::Good)
-        return QVFailure(Failure::MissingOrBadPredictorValue, where)
-               << "Column: " << col.GetColumnName() << ": cell (" << rows[i] << ", " << j << ")";
-    const Values cells = col.GetDoubles(numbers, j);
-    matrix.insert(matrix.end(), cells.begin(), cells.end());
+  const std::size_t n = rows.size();
+  matrix.resize(n * n);
+  for (std::size_t j = 0; j < n; ++j) {
+    // A row of the triangle stands together in the column; the rest is its mirror image.
+    const QVStatModelResult result =
+        ReadCells(where, matrix.data() + j * n, col, QVRowNumbers(rows.data(), j + 1), rows[j]);
+    if (result.NotSuccessful()) return result;
   }
+  constexpr std::size_t kBlock = 32;  // columns that are written in turn and stay in the cache
+  for (std::size_t first = 0; first < n; first += kBlock)
+    for (std::size_t i = first; i < n; ++i)
+      for (std::size_t j = first; j < std::min(i, first + kBlock); ++j)
+        matrix[j * n + i] = matrix[i * n + j];
   return true;
 }
 
@@ -407,6 +422,36 @@ QVStatModelResult QVGetRowOfColumnOfRatioType(Values& values, const QVDataTableC
     return QVFailure(Failure::ArgumentOutOfRange, where)
            << "row column index combination (" << row << ", 0) out of range for Column!";
   for (std::size_t j = 0; j < size; ++j) values.push_back(col.GetDouble(row, j));
+  return result;
+}
+
+QVStatModelResult QVGetDataVectorFromColumnByName(Values& values, std::size_t& numColumns,
+                                                  const QVDataTable& table,
+                                                  const std::string& colName) {
+  const char* const where = "QVGetDataVectorFromColumnByName";
+  values.clear();
+  numColumns = 0;
+  QVStatModelResult result(true);
+  const QVDataTableCol& col = table.GetColumnFromName(result, colName);
+  if (QVFailedIn(result, where)) return result;
+  result = CheckLevel(where, col, QVStatVariableType::Ratio);
+  if (result.NotSuccessful()) return result;
+  const std::vector<std::size_t> rows = table.GetRowNumbers();
+  Values cells;
+  const std::size_t size = col.ColIsLowerTriangular() ? rows.size() : col.GetNumColumnsInCol();
+  if (col.ColIsLowerTriangular()) {
+    result = GetMatrix(where, cells, col, rows);
+  } else {
+    cells.resize(rows.size() * size);
+    Values column(rows.size());
+    for (std::size_t j = 0; j < size && result.IsSuccessful(); ++j) {
+      result = ReadCells(where, column.data(), col, QVRowNumbers(rows), j);
+      for (std::size_t i = 0; i < rows.size(); ++i) cells[i * size + j] = column[i];
+    }
+  }
+  if (result.NotSuccessful()) return result;
+  numColumns = size;
+  values = std::move(cells);
   return result;
 }
 

@@ -96,6 +96,15 @@ QVSTATS_EXPORT QVStatModelResult QVGetRowOfColumnOfRatioType(std::vector<double>
                                                              const QVDataTableCol& col,
                                                              std::size_t row);
 
+/// All cells of a ratio column over the rows of the table, row after row, and the number of values
+/// a row; of a lower-triangular column the full symmetric matrix, with as many values a row as the
+/// table has rows. Fails with MissingOrBadPredictorValue at a missing or bad cell, and with the
+/// failures of the column's look-up and level; the vector is then empty.
+QVSTATS_EXPORT QVStatModelResult QVGetDataVectorFromColumnByName(std::vector<double>& values,
+                                                                 std::size_t& numColumns,
+                                                                 const QVDataTable& table,
+                                                                 const std::string& colName);
+
 /// The eigenvalues, ascending, of the symmetric matrix of a lower-triangular ratio column, over the
 /// rows of the table. Fails with ColumnHasWrongDataType and the comment "Lower triangular matrix
 /// required" for any other column, and with MissingOrBadPredictorValue at a missing or bad cell.

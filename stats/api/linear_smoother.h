@@ -17,6 +17,7 @@
 #include "platform/system/copy_ptr.h"
 #include "stats/api/export.h"
 #include "stats/api/linear_smoother_impl.h"
+#include "stats/api/linear_smoother_variogram.h"
 
 namespace QVStats {
 

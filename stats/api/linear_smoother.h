@@ -18,6 +18,7 @@
 #include "stats/api/export.h"
 #include "stats/api/linear_smoother_impl.h"
 #include "stats/api/linear_smoother_variogram.h"
+#include "stats/api/linear_smoother_variogram_columns.h"
 
 namespace QVStats {
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/math/dense_kernels.h"
 #include "platform/math/special_functions.h"
 #include "stats/api/private/pdf_laws.h"
 
@@ -50,15 +51,6 @@ double GammaContinuedFraction(double a, double y) {
 
 constexpr double kHalfLogTwoPi = 0.9189385332046727;
 
-/// What Stirling's formula for log Gamma(a) leaves over.
-/// Source: Abramowitz and Stegun, 6.1.41.
-double GetStirlingError(double a) {
-  constexpr double kLarge = 16.0;
-  if (a < kLarge) return QVMath::QVlgamma(a) - ((a - 0.5) * std::log(a) - a + kHalfLogTwoPi);
-  const double r = 1.0 / (a * a);
-  return (1.0 / 12 - r * (1.0 / 360 - r * (1.0 / 1260 - r * (1.0 / 1680 - r / 1188)))) / a;
-}
-
 /// log(ratio) - u for ratio = 1 + u, each given with its own digits.
 double LogMinusDistance(double ratio, double u) {
   constexpr double kNear = 0.5;
@@ -67,6 +59,14 @@ double LogMinusDistance(double ratio, double u) {
 
 /// log(q) given q and p = 1 - q.
 double LogOfShare(double q, double p) { return q > 0.5 ? std::log1p(-p) : std::log(q); }
+
+// To there a series with positive terms is complete within the kept ones, unless they grow first.
+constexpr double kShortSeries = 0.62;
+// A distribution function above this keeps its digits as 1 less the survival function.
+constexpr double kKeepsItsDigits = 0.125;
+
+/// Beyond this bound the series of P(a, y) is long, and P(a, y) near 1.
+double GetGammaSeriesEnd(double a) { return 3.0 * a + 20.0; }
 
 // Below this the general routines may have lost digits to denormal numbers.
 constexpr double kSmallestShare = 1e-290;
@@ -95,6 +95,10 @@ bool PositiveSeries::Sum(double x, double& total) const {
   return false;
 }
 
+void PositiveSeries::Fill(std::size_t n, const double* x, double* totals) const {
+  QVMath::QVGetDenseKernels().sumSeries(kSize, coefficients_.data(), n, x, totals);
+}
+
 void BetaIntegral::SetParams(double a, double b) {
   a_ = a;
   b_ = b;
@@ -114,18 +118,17 @@ double BetaIntegral::LogPower(double x, double y) const {
   const double distance = x < y ? x * n - a_ : b_ - y * n;
   return a_ * LogMinusDistance(x * n / a_, distance / a_) +
          b_ * LogMinusDistance(y * n / b_, -distance / b_) + 0.5 * std::log(a_ / n * b_) -
-         kHalfLogTwoPi + GetStirlingError(n) - GetStirlingError(a_) - GetStirlingError(b_);
+         kHalfLogTwoPi + QVMath::QVStirlingError(n) - QVMath::QVStirlingError(a_) -
+         QVMath::QVStirlingError(b_);
 }
 
 double BetaIntegral::Lower(double x, double y) const {
   if (!large_ && x > 0.0 && y > 0.0) {
     const double power = std::exp(LogPower(x, y));
-    constexpr double kShortSeries = 0.62;
     double total;
     if (x < kShortSeries && lowerSeries_.Sum(x, total)) return power * total / a_;
     if (y < kShortSeries && upperSeries_.Sum(y, total)) {
       const double lower = 1.0 - power * total / b_;
-      constexpr double kKeepsItsDigits = 0.125;
       if (lower > kKeepsItsDigits) return lower;
       constexpr double kLongSeries = 0.9;
       if (x < kLongSeries) return power * SumLongBetaSeries(a_, b_, x, 1000) / a_;
@@ -134,6 +137,39 @@ double BetaIntegral::Lower(double x, double y) const {
   if (std::isnan(x)) return x;
   return x <= 0.5 ? QVMath::QVIncompleteBeta(a_, b_, x)
                   : QVMath::QVIncompleteBetaComplement(b_, a_, y);
+}
+
+// As Lower does it, with the series of I_x(a, b) for x on the left and of I_y(b, a) on the right,
+// each for all its arguments at once. What they do not reach is left to Lower.
+void BetaIntegral::FillLower(std::size_t n, const double* x, const double* y,
+                             double* values) const {
+  if (large_) {
+    for (std::size_t i = 0; i < n; ++i) values[i] = Lower(x[i], y[i]);
+    return;
+  }
+  const QVMath::QVDenseKernels& kernels = QVMath::QVGetDenseKernels();
+  double power[kBlock], sums[kBlock];
+  kernels.log(n, x, power);
+  kernels.log(n, y, sums);
+  for (std::size_t i = 0; i < n; ++i) power[i] = a_ * power[i] + b_ * sums[i] - logBeta_;
+  kernels.exp(n, power, power);
+  // The left ones from the front, the right ones from the back.
+  std::size_t place[kBlock], numLeft = 0, right = n;
+  const double middle = std::min(kShortSeries, std::max(0.5, a_ / (a_ + b_)));
+  for (std::size_t i = 0; i < n; ++i) {
+    const bool isLeft = x[i] < middle;
+    const std::size_t at = isLeft ? numLeft++ : --right;
+    place[at] = i;
+    sums[at] = isLeft ? x[i] : y[i];
+  }
+  lowerSeries_.Fill(numLeft, sums, sums);
+  upperSeries_.Fill(n - right, sums + right, sums + right);
+  for (std::size_t at = 0; at < n; ++at) {
+    const std::size_t i = place[at];
+    const double value = at < numLeft ? power[i] * sums[at] / a_ : 1.0 - power[i] * sums[at] / b_;
+    const bool isReached = x[i] > 0.0 && y[i] > 0.0 && (at < numLeft || value > kKeepsItsDigits);
+    values[i] = isReached && !std::isnan(value) ? value : Lower(x[i], y[i]);
+  }
 }
 
 double BetaIntegral::Upper(double x, double y) const {
@@ -166,16 +202,31 @@ void GammaIntegral::SetParams(double a) {
 double GammaIntegral::LogPower(double y) const {
   if (!large_) return a_ * std::log(y) - y - logGamma_;
   return a_ * LogMinusDistance(y / a_, (y - a_) / a_) + 0.5 * std::log(a_) - kHalfLogTwoPi -
-         GetStirlingError(a_);
+         QVMath::QVStirlingError(a_);
 }
 
 double GammaIntegral::Lower(double y) const {
   if (std::isinf(y) && y > 0.0) return 1.0;
-  // Beyond this bound the series is long, and the distribution function near 1.
   double total;
-  if (!large_ && y > 0.0 && y < 3.0 * a_ + 20.0 && series_.Sum(y, total))
+  if (!large_ && y > 0.0 && y < GetGammaSeriesEnd(a_) && series_.Sum(y, total))
     return std::exp(LogPower(y)) * total / a_;
   return std::isnan(y) ? y : QVMath::QVIncompleteGamma(a_, y);
+}
+
+void GammaIntegral::FillLower(std::size_t n, const double* y, double* values) const {
+  double power[kBlock], sums[kBlock];
+  if (!large_) {
+    const QVMath::QVDenseKernels& kernels = QVMath::QVGetDenseKernels();
+    kernels.log(n, y, power);
+    for (std::size_t i = 0; i < n; ++i) power[i] = a_ * power[i] - y[i] - logGamma_;
+    kernels.exp(n, power, power);
+    series_.Fill(n, y, sums);
+  }
+  for (std::size_t i = 0; i < n; ++i) {
+    const bool isShort =
+        !large_ && y[i] > 0.0 && y[i] < GetGammaSeriesEnd(a_) && !std::isnan(sums[i]);
+    values[i] = isShort ? power[i] * sums[i] / a_ : Lower(y[i]);
+  }
 }
 
 double GammaIntegral::Upper(double y) const {

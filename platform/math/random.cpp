@@ -38,11 +38,16 @@ double DrawLogExponential(boost::random::exponential_distribution<double>& law,
   return std::log(value);
 }
 
-/// The logarithm of a gamma variate, which does not underflow however small the shape: G(a) has
-/// the law of G(a + 1) U^(1/a).
-double DrawLogGamma(double shape, QVRanNumEngine& engine) {
-  boost::random::gamma_distribution<double> above(shape + 1.0);
-  return std::log(above(engine)) + std::log(1.0 - engine.GetUniform()) / shape;
+// Below this a gamma variate may underflow to 0, and a quotient of two lose its meaning.
+constexpr double kSmallShape = 0.1;
+
+/// log(X / Y) of two gamma variates, however small their shapes a and b: G(a) has the law of
+/// G(a + 1) U^(1/a). Where a logarithm would overflow the quotient keeps its sign.
+double DrawLogGammaRatio(double a, double b, QVRanNumEngine& engine) {
+  boost::random::gamma_distribution<double> aboveA(a + 1.0), aboveB(b + 1.0);
+  const double x = aboveA(engine), logU = std::log(1.0 - engine.GetUniform());
+  const double y = aboveB(engine), logV = std::log(1.0 - engine.GetUniform());
+  return std::log(x / y) + (logU - (logV == 0.0 ? 0.0 : a / b * logV)) / a;
 }
 
 }  // namespace
@@ -129,6 +134,14 @@ void QVSnedecorsFRNG::SetParams(double numerator, double denominator) {
 
 void QVSnedecorsFRNG::Fill(QVRanNumEngine& engine, double* values, std::size_t count) const {
   const bool valid = IsPositive(numerator_) && IsPositive(denominator_);
+  if (valid && 0.5 * std::min(numerator_, denominator_) < kSmallShape) {
+    const double logOdds = std::log(denominator_) - std::log(numerator_);
+    const auto law = [&] {
+      return std::exp(DrawLogGammaRatio(0.5 * numerator_, 0.5 * denominator_, engine) + logOdds);
+    };
+    FillWith(true, law, values, count);
+    return;
+  }
   boost::random::fisher_f_distribution<double> law(valid ? numerator_ : 1.0,
                                                    valid ? denominator_ : 1.0);
   FillWith(
@@ -142,13 +155,9 @@ void QVBetaRNG::SetParams(double alpha, double beta) {
 
 void QVBetaRNG::Fill(QVRanNumEngine& engine, double* values, std::size_t count) const {
   const bool valid = IsPositive(alpha_) && IsPositive(beta_);
-  // Below this both gamma variates of the quotient may underflow to 0.
-  constexpr double kSmallShape = 0.1;
   if (valid && std::min(alpha_, beta_) < kSmallShape) {
     const auto law = [&] {
-      const double logX = DrawLogGamma(alpha_, engine);
-      const double logY = DrawLogGamma(beta_, engine);
-      return 1.0 / (1.0 + std::exp(logY - logX));
+      return 1.0 / (1.0 + std::exp(-DrawLogGammaRatio(alpha_, beta_, engine)));
     };
     FillWith(true, law, values, count);
     return;

@@ -16,7 +16,7 @@ using QVStats::QVPDFFunction;
 using QVStats::QVStatModelResult;
 using QVStats::QVUniVarPDF;
 
-enum Family { kGaussian, kStudentsT, kGamma, kBeta, kGaussMixture };
+enum Family { kGaussian, kStudentsT, kGamma, kBeta, kSnedecorsF, kChiSquared, kGaussMixture };
 
 QVUniVarPDF Make(long family) {
   QVStatModelResult result(true);
@@ -29,6 +29,10 @@ QVUniVarPDF Make(long family) {
       return QVStats::QVGamma("x", 2.7, 1.5, result);
     case kBeta:
       return QVStats::QVBeta("x", 2.3, 3.1, result);
+    case kSnedecorsF:
+      return QVStats::QVSnedecorsF("x", 5.0, 8.0, result);
+    case kChiSquared:
+      return QVStats::QVChiSquare("x", 4.0, result);
     default:
       return QVStats::QVUnivariateGaussMixture("x", {0.2, 0.3, 0.5}, {-2, 0, 3}, {1, 4, 0.5},
                                                result);
@@ -123,6 +127,7 @@ BENCHMARK_TEMPLATE(BM_Single, QVPDFFunction::CDF)->QV_FAMILIES;
 BENCHMARK_TEMPLATE(BM_Bulk, QVPDFFunction::CDF)->QV_FAMILIES;
 BENCHMARK_TEMPLATE(BM_Boost, QVPDFFunction::CDF)->QV_BOOST_FAMILIES;
 BENCHMARK_TEMPLATE(BM_Single, QVPDFFunction::Percentile)->QV_FAMILIES;
+BENCHMARK_TEMPLATE(BM_Bulk, QVPDFFunction::Percentile)->QV_FAMILIES;
 BENCHMARK_TEMPLATE(BM_Boost, QVPDFFunction::Percentile)->QV_BOOST_FAMILIES;
 BENCHMARK_TEMPLATE(BM_Single, QVPDFFunction::UpperTailPercentile)->QV_FAMILIES;
 BENCHMARK(BM_RandomOutcome)->QV_FAMILIES;

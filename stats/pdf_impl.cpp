@@ -156,10 +156,18 @@ double QVUniVarPDFImpl::GetValue(QVPDFFunction function, double argument, QVStat
 void QVUniVarPDFImpl::GetValues(QVPDFFunction function, const std::vector<double>& arguments,
                                 std::vector<double>& values, QVStatModelResult& result,
                                 bool check) const {
+  values.assign(arguments.size(), std::numeric_limits<double>::quiet_NaN());
+  FillMissingValues(function, arguments, values, result, check);
+}
+
+void QVUniVarPDFImpl::FillMissingValues(QVPDFFunction function,
+                                        const std::vector<double>& arguments,
+                                        std::vector<double>& values, QVStatModelResult& result,
+                                        bool check) const {
   result = true;
   QVStatModelResult single(true);
-  values.resize(arguments.size());
   for (std::size_t i = 0; i < arguments.size(); ++i) {
+    if (!std::isnan(values[i])) continue;
     values[i] = GetValue(function, arguments[i], single, check);
     if (single.IsSuccessful() || result.NotSuccessful()) continue;
     result = single;

@@ -76,6 +76,25 @@ double StudentsT::CDF(double x) const {
   return x < location_ ? tail : 1.0 - tail;
 }
 
+void StudentsT::FillCDF(std::size_t n, const double* x, double* values) const {
+  double share[kBlock] = {}, rest[kBlock] = {};
+  for (std::size_t i = 0; i < n; ++i) {
+    const double t = x[i] - location_;
+    const double square = precisionOverDof_ * t * t;
+    share[i] = 1.0 / (1.0 + square);
+    rest[i] = square * share[i];
+  }
+  integral_.FillLower(n, share, rest, values);
+  for (std::size_t i = 0; i < n; ++i) {
+    const double tail = 0.5 * values[i];
+    constexpr double kFarShare = 1.0 / kFarRatio;
+    if (share[i] > kFarShare)
+      values[i] = x[i] < location_ ? tail : 1.0 - tail;
+    else
+      values[i] = CDF(x[i]);
+  }
+}
+
 double StudentsT::Survival(double x) const {
   const double tail = Tail(x);
   return x < location_ ? 1.0 - tail : tail;
@@ -146,6 +165,16 @@ double SnedecorsF::CDF(double x) const {
   return integral_.Lower(shares.numerator, shares.denominator);
 }
 
+void SnedecorsF::FillCDF(std::size_t n, const double* x, double* values) const {
+  double share[kBlock] = {}, rest[kBlock] = {};
+  for (std::size_t i = 0; i < n; ++i) {
+    const Shares shares = GetShares(x[i]);
+    share[i] = shares.numerator;
+    rest[i] = shares.denominator;
+  }
+  integral_.FillLower(n, share, rest, values);
+}
+
 double SnedecorsF::Survival(double x) const {
   const Shares shares = GetShares(x);
   return integral_.Upper(shares.numerator, shares.denominator);
@@ -206,6 +235,12 @@ double Beta::LogDensity(double x) const {
 }
 
 double Beta::Density(double x) const { return std::exp(LogDensity(x)); }
+
+void Beta::FillCDF(std::size_t n, const double* x, double* values) const {
+  double rest[kBlock] = {};
+  for (std::size_t i = 0; i < n; ++i) rest[i] = 1.0 - x[i];
+  integral_.FillLower(n, x, rest, values);
+}
 
 double Beta::UpperTailPercentile(double q) const {
   if (q == 0.0 || q == 1.0) return 1.0 - q;

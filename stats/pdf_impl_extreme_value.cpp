@@ -123,7 +123,7 @@ Moment GeneralizedExtremeValue::Mode() const {
 bool Gumbel::SetParams(const double* params) {
   generator.SetParams(params[0], params[1]);
   const double extreme[] = {params[0], params[1], 0.0};
-  return law_.SetParams(extreme);
+  return GeneralizedExtremeValue::SetParams(extreme);
 }
 
 }  // namespace QVLaws

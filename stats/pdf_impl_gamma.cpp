@@ -24,6 +24,11 @@ double Gamma::LogDensity(double x) const {
 
 double Gamma::Density(double x) const { return std::exp(LogDensity(x)); }
 
+void Gamma::FillCDF(std::size_t n, const double* x, double* values) const {
+  for (std::size_t i = 0; i < n; ++i) values[i] = rate_ * x[i];
+  integral_.FillLower(n, values, values);
+}
+
 double Gamma::UpperTailPercentile(double q) const {
   if (q == 0.0) return kInfinity;
   if (q == 1.0) return 0.0;
@@ -33,10 +38,9 @@ double Gamma::UpperTailPercentile(double q) const {
 Slope Gamma::GetSlope(double x) const { return {shape_ - 1.0 - rate_ * x, -rate_, x, 1.0, 0.0, x}; }
 
 bool ChiSquare::SetParams(const double* params) {
-  dof_ = params[0];
-  generator.SetParams(dof_);
-  const double gamma[] = {dof_ / 2.0, 0.5};
-  return gamma_.SetParams(gamma);
+  generator.SetParams(params[0]);
+  const double gamma[] = {params[0] / 2.0, 0.5};
+  return Gamma::SetParams(gamma);
 }
 
 }  // namespace QVLaws

@@ -45,6 +45,12 @@ double Gauss::Density(double x) const { return std::exp(LogDensity(x)); }
 
 double Gauss::CDF(double x) const { return kHalf * std::erfc(-Scale(x)); }
 
+void Gauss::FillCDF(std::size_t n, const double* x, double* values) const {
+  for (std::size_t i = 0; i < n; ++i) values[i] = -Scale(x[i]);
+  QVMath::QVGetDenseKernels().erfc(n, values, values);
+  for (std::size_t i = 0; i < n; ++i) values[i] *= kHalf;
+}
+
 double Gauss::Survival(double x) const { return kHalf * std::erfc(Scale(x)); }
 
 double Gauss::LogSurvival(double x) const {

@@ -6,14 +6,13 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
-#include <type_traits>
 #include <vector>
 
-#include "platform/math/dense_kernels.h"
 #include "platform/system/error_handler.h"
 #include "stats/api/pdf_families.h"
 #include "stats/api/stats_data_types.h"
 #include "stats/failure.h"
+#include "stats/pdf_bulk.h"
 #include "stats/pdf_search.h"
 
 namespace QVStats {
@@ -25,44 +24,6 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// exponent * log(x), 0 for an exponent of 0 at x = 0.
 inline double PowerLog(double exponent, double x) {
   return exponent == 0.0 && x == 0.0 ? 0.0 : exponent * std::log(x);
-}
-
-/// Whether a law has GetPowerForm.
-template <class Law, class = void>
-struct HasPowerForm : std::false_type {};
-template <class Law>
-struct HasPowerForm<Law, std::void_t<decltype(&Law::GetPowerForm)>> : std::true_type {};
-
-/// Densities in blocks, by the vectorised logarithm and exponential. Where the power form has no
-/// finite value, at the ends of a support, the single density answers.
-template <class Law>
-void FillDensities(const Law& law, const std::vector<double>& x, std::vector<double>& densities) {
-  const QVMath::QVDenseKernels& kernels = QVMath::QVGetDenseKernels();
-  constexpr std::size_t kBlock = 256;
-  double first[kBlock], second[kBlock], rest[kBlock];
-  for (std::size_t start = 0; start < x.size(); start += kBlock) {
-    const std::size_t n = std::min(kBlock, x.size() - start);
-    const double* at = x.data() + start;
-    double* values = densities.data() + start;
-    for (std::size_t i = 0; i < n; ++i) {
-      const PowerForm form = law.GetPowerForm(at[i]);
-      first[i] = form.first;
-      second[i] = form.second;
-      rest[i] = form.rest;
-    }
-    const double firstPower = law.GetFirstPower(), secondPower = law.GetSecondPower();
-    if (firstPower != 0.0) {
-      kernels.log(n, first, first);
-      for (std::size_t i = 0; i < n; ++i) rest[i] += firstPower * first[i];
-    }
-    if (secondPower != 0.0) {
-      kernels.log(n, second, second);
-      for (std::size_t i = 0; i < n; ++i) rest[i] += secondPower * second[i];
-    }
-    kernels.exp(n, rest, values);
-    for (std::size_t i = 0; i < n; ++i)
-      if (!std::isfinite(values[i])) values[i] = law.Density(at[i]);
-  }
 }
 
 /// Steps along a distribution of Pearson's system: its density and distribution function at x
@@ -277,36 +238,49 @@ template <class Law>
 void QVUniVarLawImpl<Law>::GetValues(QVPDFFunction function, const std::vector<double>& arguments,
                                      std::vector<double>& values, QVStatModelResult& result,
                                      bool check) const {
+  const bool takesProbabilities =
+      function == QVPDFFunction::Percentile || function == QVPDFFunction::UpperTailPercentile;
   const auto isWithin = [this](double x) { return IsWithinBounds(x); };
   const bool isClear =
-      Valid() &&
-      (!check || (boundsDecide_ && std::all_of(arguments.begin(), arguments.end(), isWithin)));
-  // Without a failure in sight the law answers at once, without the protocol of single queries.
-  const auto fill = [&](auto query) {
-    values.resize(arguments.size());
-    std::transform(arguments.begin(), arguments.end(), values.begin(), query);
-    result = true;
-  };
-  if (isClear && function == QVPDFFunction::Density) {
-    if constexpr (QVLaws::HasPowerForm<Law>::value) {
-      if (law_.HasPowerDensity()) {
-        values.resize(arguments.size());
-        QVLaws::FillDensities(law_, arguments, values);
-        result = true;
-        return;
-      }
+      Valid() && (takesProbabilities || !check ||
+                  (boundsDecide_ && std::all_of(arguments.begin(), arguments.end(), isWithin)));
+  values.assign(arguments.size(), std::numeric_limits<double>::quiet_NaN());
+  if (isClear) FillValues(function, arguments, values);
+  FillMissingValues(function, arguments, values, result, check);
+}
+
+template <class Law>
+void QVUniVarLawImpl<Law>::FillValues(QVPDFFunction function, const std::vector<double>& arguments,
+                                      std::vector<double>& values) const {
+  if constexpr (Law::kSearch != QVLaws::Search::ClosedForm) {
+    if (function == QVPDFFunction::Density)
+      return QVLaws::FillInBlocks(arguments, values,
+                                  [this](auto... block) { QVLaws::FillDensities(law_, block...); });
+    if (function == QVPDFFunction::CDF)
+      return QVLaws::FillInBlocks(arguments, values,
+                                  [this](auto... block) { law_.FillCDF(block...); });
+    if (function == QVPDFFunction::Percentile && arguments.size() >= QVLaws::kBlock) {
+      const auto find = [this](double p, double& x, double& density) {
+        QVStatModelResult result(true);
+        x = Search(p, result);
+        if (result.NotSuccessful()) x = std::numeric_limits<double>::quiet_NaN();
+        density = law_.Density(x);
+      };
+      QVLaws::PercentileKnots knots;
+      return QVLaws::FillInBlocks(arguments, values, [&](auto... block) {
+        QVLaws::FillPercentiles(law_, knots, find, block...);
+      });
     }
-    return fill([this](double x) { return law_.Density(x); });
   }
-  if (isClear && function == QVPDFFunction::CDF)
-    return fill([this](double x) { return law_.CDF(x); });
-  if (isClear && function == QVPDFFunction::Survival)
-    return fill([this](double x) { return law_.Survival(x); });
-  if (isClear && function == QVPDFFunction::LogDensity)
-    return fill([this](double x) { return law_.LogDensity(x); });
-  if (isClear && function == QVPDFFunction::LogSurvival)
-    return fill([this](double x) { return law_.LogSurvival(x); });
-  QVUniVarPDFImpl::GetValues(function, arguments, values, result, check);
+  const auto fill = [&](double (Law::*query)(double) const) {
+    std::transform(arguments.begin(), arguments.end(), values.begin(),
+                   [&](double x) { return (law_.*query)(x); });
+  };
+  if (function == QVPDFFunction::Density) fill(&Law::Density);
+  if (function == QVPDFFunction::CDF) fill(&Law::CDF);
+  if (function == QVPDFFunction::Survival) fill(&Law::Survival);
+  if (function == QVPDFFunction::LogDensity) fill(&Law::LogDensity);
+  if (function == QVPDFFunction::LogSurvival) fill(&Law::LogSurvival);
 }
 
 template <class Law>

@@ -230,6 +230,46 @@ TEST_P(DenseKernels, ExponentialAndLogarithmAtTheirLimits) {
   EXPECT_TRUE(std::isnan(v[7]) && std::isnan(v[8]));
 }
 
+TEST_P(DenseKernels, ComplementaryErrorFunctionKeepsItsDigitsInTheTail) {
+  std::vector<double> x, y;
+  for (int i = -6000; i <= 26000; ++i) x.push_back(i * 0.00101);
+  y.resize(x.size());
+  kernels_->erfc(x.size(), x.data(), y.data());
+  double worst = 0.0;
+  for (std::size_t i = 0; i < x.size(); ++i)
+    worst = std::max(worst, GetUnitsOff(y[i], std::erfc(static_cast<long double>(x[i]))));
+  EXPECT_LE(worst, 4.0);
+  const double infinity = std::numeric_limits<double>::infinity();
+  const std::vector<double> limits = {0.0, infinity, -infinity, 1e300, -1e300, std::nan("")};
+  std::vector<double> at(limits.size());
+  kernels_->erfc(at.size(), limits.data(), at.data());
+  at.pop_back();
+  EXPECT_THAT(at, testing::ElementsAre(testing::DoubleEq(1.0), 0.0, 2.0, 0.0, 2.0));
+  kernels_->erfc(1, &limits.back(), at.data());
+  EXPECT_TRUE(std::isnan(at[0]));
+}
+
+// The geometric series; what its 64 terms do not complete is NaN.
+TEST_P(DenseKernels, SeriesAreCompleteOrNaN) {
+  const std::vector<double> ones(64, 1.0);
+  std::vector<double> x, y(1001), single(1);
+  for (int i = 0; i <= 1000; ++i) x.push_back(i * 0.001);
+  kernels_->sumSeries(ones.size(), ones.data(), x.size(), x.data(), y.data());
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    if (x[i] > 0.55) {
+      EXPECT_TRUE(std::isnan(y[i])) << x[i];
+    } else if (x[i] < 0.5) {
+      EXPECT_NEAR(y[i] * (1.0 - x[i]), 1.0, 4 * kEpsilon) << x[i];
+    }
+    kernels_->sumSeries(ones.size(), ones.data(), 1, &x[i], single.data());
+    EXPECT_TRUE(single[0] == y[i] || std::isnan(y[i])) << "depends on its neighbours: " << x[i];
+  }
+  const double bad[] = {1e300, std::nan(""), 0.25};
+  kernels_->sumSeries(ones.size(), ones.data(), 3, bad, y.data());
+  EXPECT_TRUE(std::isnan(y[0]) && std::isnan(y[1]));
+  EXPECT_NEAR(y[2], 4.0 / 3.0, kEpsilon);
+}
+
 MatrixXd MakeTridiagonal(const VectorXd& diagonal, const VectorXd& offDiagonal) {
   MatrixXd t = diagonal.asDiagonal();
   t.diagonal(1) = offDiagonal;

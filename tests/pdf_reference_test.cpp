@@ -147,5 +147,45 @@ TEST_P(PdfReference, PercentilesInvertTheDistributionFunction) {
   EXPECT_GT(searched, 8);
 }
 
+// Long vectors of probabilities are inverted together: at each the distribution function is the
+// probability to rounding, as after the single search within its tolerance; what fails alone fails
+// here.
+TEST_P(PdfReference, PercentilesOfLongVectors) {
+  const bool isStudents = std::string(GetParam()) == "students_t";
+  std::vector<double> p = {0.0, 1e-300, 1e-9, 1e-4, 0x1p-12, 0.5, 1 - 0x1p-12, 1 - 1e-9};
+  for (int i = 1; i < 1000; ++i) p.push_back(i * 0.001);
+  std::vector<std::string> seen;
+  for (const ReferenceLine& line : ReadReference(GetParam())) {
+    if (!seen.empty() && seen.back() == line.parameters) continue;
+    seen.push_back(line.parameters);
+    const QVUniVarPDF pdf = Make(line.family, line.parameters);
+    std::vector<double> x;
+    QVStatModelResult result(true), first(true), single(true);
+    pdf.GetValues(QVPDFFunction::Percentile, p, x, result, true);
+    for (std::size_t i = 0; i < p.size(); ++i) {
+      const double alone = pdf.GetPercentile(p[i], single);
+      if (single.NotSuccessful() || i < 4) {
+        EXPECT_EQ(x[i], alone);
+        if (first.IsSuccessful()) first = single;
+        continue;
+      }
+      const double density = pdf.GetDensity(alone, single, false);
+      const double tolerance = isStudents                          ? 5e-10
+                               : HasHugeParameter(line.parameters) ? 1e-12
+                                                                   : 5e-14;
+      EXPECT_NEAR(x[i], alone, tolerance / density + 1e-13 * (1 + std::abs(alone)))
+          << line.parameters << " at " << p[i];
+      const bool isNear = p[i] > 0.0005 && p[i] < 0.9995;
+      if (isNear && std::isfinite(density) && !HasHugeParameter(line.parameters)) {
+        EXPECT_NEAR(pdf.GetCDF(x[i], single, false), p[i],
+                    5e-14 + density * std::abs(x[i]) * 0x1p-52)
+            << line.parameters;
+      }
+    }
+    EXPECT_EQ(result.GetFailureType(), first.GetFailureType());
+  }
+  EXPECT_GT(seen.size(), 1u);
+}
+
 }  // namespace
 }  // namespace QVStats

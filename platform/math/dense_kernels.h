@@ -92,6 +92,12 @@ struct QVDenseKernels {
   void (*exp)(std::size_t n, const double* x, double* y);
   /// y_i = log(x_i), within 1 unit in the last place; NaN below 0, -infinity at 0.
   void (*log)(std::size_t n, const double* x, double* y);
+  /// y_i = 1 - erf(x_i), within 4 units in the last place; what is subnormal may be 0.
+  void (*erfc)(std::size_t n, const double* x, double* y);
+  /// y_i = sum_k c_k x_i^k over `size` terms, a multiple of 4, with coefficients and arguments that
+  /// are not negative: complete to rounding, or NaN where more terms are needed.
+  void (*sumSeries)(std::size_t size, const double* coefficients, std::size_t n, const double* x,
+                    double* y);
 
   /// The expectation step of a mixture: for each of n data the responsibility of component k is its
   /// share in the mixture's density, r = exp(term k - L), L = log sum_j exp(term j), taken about

@@ -4,10 +4,11 @@
 /// Percentiles of the Gaussian, Student's t, gamma, chi-squared, F, beta and mixture distributions
 /// are found by Newton steps inside a shrinking bracket, at most 100 of them, after at most 100
 /// doublings for each end of the bracket; those of the Gumbel and generalised extreme value
-/// distributions are known in closed form. Upper-tail percentiles come from inverse incomplete
-/// beta and gamma functions.
-/// Source of the formulas: N. L. Johnson, S. Kotz, N. Balakrishnan, "Continuous Univariate
-/// Distributions", 2nd ed., 1994-95.
+/// distributions are known in closed form. Vectors of 256 and more probabilities share searches: a
+/// percentile is then interpolated and corrected, with a distribution function right to rounding,
+/// where the search stops within its tolerance (5e-10 for Student's t, 2.2e-14). Upper-tail
+/// percentiles come from inverse incomplete beta and gamma functions. Source of the formulas: N. L.
+/// Johnson, S. Kotz, N. Balakrishnan, "Continuous Univariate Distributions", 2nd ed., 1994-95.
 #ifndef QVSTATS_API_PDF_FAMILIES_H
 #define QVSTATS_API_PDF_FAMILIES_H
 
@@ -96,6 +97,9 @@ class QVSTATS_EXPORT QVUniVarLawImpl final : public QVUniVarPDFImpl {
   double RefuseInvalid(const char* className, const char* name, QVStatModelResult& result) const;
   bool RefusesArgument(const char* name, double x, QVStatModelResult& result) const;
   double Search(double p, QVStatModelResult& result) const;
+  /// The values of a function for which no argument fails; some may be left as they are.
+  void FillValues(QVPDFFunction function, const std::vector<double>& arguments,
+                  std::vector<double>& values) const;
 
   Law law_;
   // The check of an argument, when it is no more than bounds: a true comparison refuses.
@@ -176,7 +180,8 @@ class QVSTATS_EXPORT QVUniVarMixtureImpl : public QVUniVarPDFImpl {
 };
 
 /// The empirical distribution of a sample: a step of 1 / n at each of its values. It has no density
-/// and no mode.
+/// and no mode. A sample with a NaN is refused (ArgumentOutOfRange), as is a size that is no count
+/// (NoData).
 class QVSTATS_EXPORT QVUniVarContValRandomSampleImpl : public QVUniVarPDFImpl {
  public:
   QVUniVarContValRandomSampleImpl(const std::string& variableName,

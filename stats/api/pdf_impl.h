@@ -143,9 +143,10 @@ class QVSTATS_EXPORT QVUniVarPDFImpl : public QVProbDistFuncImpl {
   /// The x at which the survival function is q: GetPercentile(1 - q) with the digits of a small q.
   virtual double GetUpperTailPercentile(double q, QVStatModelResult& result) const;
   /// A function at each argument; `check` as in the single queries, which give the same values to
-  /// rounding. `values` is refilled; one that is kept between calls is not allocated again. All
-  /// arguments are visited; the result is the first failure, with a comment that says at which
-  /// (0-based) argument it happened.
+  /// rounding, percentiles within their tolerance. `values`, another vector than `arguments`, is
+  /// refilled; one that is kept between calls is not allocated again. All arguments are visited;
+  /// the result is the first failure, with a comment that says at which (0-based) argument it
+  /// happened.
   virtual void GetValues(QVPDFFunction function, const std::vector<double>& arguments,
                          std::vector<double>& values, QVStatModelResult& result, bool check) const;
 
@@ -155,6 +156,11 @@ class QVSTATS_EXPORT QVUniVarPDFImpl : public QVProbDistFuncImpl {
 
   /// The name of the distribution, the variable's, and PrintRanVars.
   std::string DefaultPrint(std::size_t limit) const;
+
+ protected:
+  /// GetValues for those values that are NaN.
+  void FillMissingValues(QVPDFFunction function, const std::vector<double>& arguments,
+                         std::vector<double>& values, QVStatModelResult& result, bool check) const;
 
  private:
   std::string variableName_;

@@ -1,5 +1,5 @@
 /// \file
-/// \brief Exponential and logarithm of arrays.
+/// \brief Exponential, logarithm, error function and power series of arrays.
 #ifndef QV_PLATFORM_MATH_INTERNAL_DENSE_FUNCTIONS_IMPL_H
 #define QV_PLATFORM_MATH_INTERNAL_DENSE_FUNCTIONS_IMPL_H
 
@@ -104,6 +104,37 @@ QV_DENSE_INLINE Vector Log(Vector x) {
   return value;
 }
 
+/// erfc(z) exp(z^2) (1 + 2 z) for 0 <= z <= 28 as a polynomial in t = (z - 3) / (z + 3): the
+/// Chebyshev expansion of degree 25, whose remainder is below 2^-63, by powers of t. The
+/// transformation is that of M. M. Shepherd, J. G. Laframboise, Math. Comp. 36, 1981.
+constexpr double kErfcPolynomial[] = {
+    3.4869092389855793e-10,  1.4163314255749584e-09,  -4.641958988771049e-10,
+    -1.0864024859334643e-08, -1.0679321440105356e-08, 4.645399694880145e-08,
+    9.911418328843628e-08,   -1.4687451014919947e-07, -6.148561721276281e-07,
+    3.606433901980539e-07,   3.471667901024315e-06,   -7.333205102149286e-07,
+    -2.0100374667053086e-05, 4.9500550441599e-06,     0.00012509932493306574,
+    -0.00010515991612430618, -0.0007798322711212952,  0.0018886903737624166,
+    0.0025293918163367245,   -0.023770514919671356,   0.0683080273439409,
+    -0.11927366341527358,    0.12964515870276222,     -0.0475622943534512,
+    -0.1356211061245812,     1.2530080582697296};
+
+QV_DENSE_INLINE Vector Erfc(Vector x) {
+  constexpr double kBeyondUnderflow = 28.0;
+  constexpr long long kAllButSign = 0x7FFFFFFFFFFFFFFFLL, kUpperHalf = ~0x7FFFFFFLL;
+  Vector z = ValueOf(BitsOf(x) & kAllButSign);
+  z = z > kBeyondUnderflow ? All(kBeyondUnderflow) : z;
+  const Vector t = (z - 3.0) / (z + 3.0);
+  Vector p = All(0.0);
+#pragma GCC unroll 32
+  for (const double c : kErfcPolynomial) p = p * t + c;
+  // exp(-z^2) = exp(-high^2) exp(-rest): the square of the upper half of the digits is exact.
+  const Vector high = ValueOf(BitsOf(z) & kUpperHalf);
+  const Vector rest = (z - high) * (z + high);
+  const Vector share = 1.0 - rest * (1.0 - rest * (0.5 - rest * (1.0 / 6.0)));
+  const Vector value = Exp(-(high * high)) * (p / (1.0 + 2.0 * z)) * share;
+  return x < 0.0 ? 2.0 - value : value;
+}
+
 /// Applies a function to whole registers, the last one filled up with ones.
 template <class Function>
 QV_DENSE_INLINE void ForEach(Size n, const double* x, double* y, Function function) {
@@ -124,6 +155,67 @@ void ExpArray(Size n, const double* x, double* y) {
 void LogArray(Size n, const double* x, double* y) {
   ForEach(
       n, x, y, [](Vector v) __attribute__((always_inline)) { return Log(v); });
+}
+
+void ErfcArray(Size n, const double* x, double* y) {
+  ForEach(
+      n, x, y, [](Vector v) __attribute__((always_inline)) { return Erfc(v); });
+}
+
+/// Registers whose series are summed together, to keep the multipliers busy.
+constexpr Size kSeriesGroup = 4;
+
+QV_DENSE_INLINE bool AllOf(Bits flags) {
+  long long all = flags[0];
+  for (Size lane = 1; lane < kWidth; ++lane) all &= flags[lane];
+  return all != 0;
+}
+
+/// A group of series, four terms at a time. A sum is complete when four terms no longer change it
+/// and fall by a quarter against the four before, so that what follows is at most 3 times as much.
+/// Further terms leave its bits alone: a value does not depend on its neighbours.
+QV_DENSE_INLINE void SumSeriesGroup(Size size, const double* c, const double* x, double* y) {
+  constexpr double kNegligible = 0x1p-56;
+  Vector argument[kSeriesGroup], square[kSeriesGroup], fourth[kSeriesGroup], power[kSeriesGroup];
+  Vector before[kSeriesGroup], total[kSeriesGroup];
+  Bits complete[kSeriesGroup];
+#pragma GCC unroll 4
+  for (Size g = 0; g < kSeriesGroup; ++g) {
+    argument[g] = Load(x + g * kWidth);
+    square[g] = argument[g] * argument[g];
+    fourth[g] = square[g] * square[g];
+    power[g] = All(1.0);
+    before[g] = total[g] = All(0.0);
+    complete[g] = Bits{};
+  }
+  for (Size k = 0; k < size; k += 4) {
+    Bits all = ~Bits{};
+#pragma GCC unroll 4
+    for (Size g = 0; g < kSeriesGroup; ++g) {
+      const Vector part = power[g] * ((c[k] + c[k + 1] * argument[g]) +
+                                      square[g] * (c[k + 2] + c[k + 3] * argument[g]));
+      total[g] += part;
+      complete[g] |= (part < kNegligible * total[g]) & (part < 0.75 * before[g]);
+      all &= complete[g];
+      before[g] = part;
+      power[g] *= fourth[g];
+    }
+    if (AllOf(all)) break;
+  }
+#pragma GCC unroll 4
+  for (Size g = 0; g < kSeriesGroup; ++g)
+    Store(y + g * kWidth, complete[g] ? total[g] : All(__builtin_nan("")));
+}
+
+void SumSeries(Size size, const double* coefficients, Size n, const double* x, double* y) {
+  constexpr Size kTogether = kSeriesGroup * kWidth;
+  Size i = 0;
+  for (; i + kTogether <= n; i += kTogether) SumSeriesGroup(size, coefficients, x + i, y + i);
+  if (i == n) return;
+  double rest[kTogether] = {};
+  for (Size r = 0; i + r < n; ++r) rest[r] = x[i + r];
+  SumSeriesGroup(size, coefficients, rest, rest);
+  for (Size r = 0; i + r < n; ++r) y[i + r] = rest[r];
 }
 
 }  // namespace

@@ -7,7 +7,9 @@
 ///   that must be positive is not;
 /// - Density, LogDensity, CDF, Survival, LogSurvival at x, and UpperTailPercentile at q;
 /// - Mean, Variance, Mode;
-/// - GetSlope for families whose percentiles are searched, ClosedPercentile for the others.
+/// - ClosedPercentile, or for families whose percentiles are searched GetSlope, and GetPowerForm
+/// and
+///   FillCDF for computation in bulk.
 #ifndef QVSTATS_API_PRIVATE_PDF_LAWS_H
 #define QVSTATS_API_PRIVATE_PDF_LAWS_H
 
@@ -52,6 +54,9 @@ struct PowerForm {
 
 constexpr double kFineTolerance = 2.220446049250313e-14;
 
+/// How many values the functions named Fill take at a time, at most.
+constexpr std::size_t kBlock = 256;
+
 /// A power series with positive terms whose coefficients are kept, c_0 = 1.
 class PositiveSeries {
  public:
@@ -64,6 +69,8 @@ class PositiveSeries {
   }
   /// \return whether the sum at x is complete to rounding within the kept terms.
   bool Sum(double x, double& total) const;
+  /// The sums at n arguments, NaN where one is not complete. The arrays may be the same.
+  void Fill(std::size_t n, const double* x, double* totals) const;
 
  private:
   static constexpr std::size_t kSize = 84;  // enough for x = 0.62 where the terms fall like x^k
@@ -77,6 +84,8 @@ class BetaIntegral {
   /// I_x(a, b), given x and y = 1 - x, each with all its digits.
   double Lower(double x, double y) const;
   double Upper(double x, double y) const;
+  /// Lower at n <= kBlock pairs of x and y.
+  void FillLower(std::size_t n, const double* x, const double* y, double* values) const;
   /// log I_x(a, b), also where I_x(a, b) underflows.
   double LogLower(double x, double y) const;
   double LogUpper(double x, double y) const;
@@ -102,6 +111,8 @@ class GammaIntegral {
   double Lower(double y) const;
   /// Q(a, y) = 1 - P(a, y).
   double Upper(double y) const;
+  /// Lower at n <= kBlock arguments, which may be the array of the values.
+  void FillLower(std::size_t n, const double* y, double* values) const;
   /// log Q(a, y), also where Q(a, y) underflows.
   double LogUpper(double y) const;
   /// log(y^a exp(-y) / Gamma(a)).
@@ -132,6 +143,7 @@ class Gauss {
   double Density(double x) const;
   double LogDensity(double x) const;
   double CDF(double x) const;
+  void FillCDF(std::size_t n, const double* x, double* values) const;
   double Survival(double x) const;
   double LogSurvival(double x) const;
   double UpperTailPercentile(double q) const;
@@ -169,6 +181,7 @@ class StudentsT {
   double Density(double x) const;
   double LogDensity(double x) const;
   double CDF(double x) const;
+  void FillCDF(std::size_t n, const double* x, double* values) const;
   double Survival(double x) const;
   double LogSurvival(double x) const;
   double UpperTailPercentile(double q) const;
@@ -212,6 +225,7 @@ class Gamma {
   double Density(double x) const;
   double LogDensity(double x) const;
   double CDF(double x) const { return integral_.Lower(rate_ * x); }
+  void FillCDF(std::size_t n, const double* x, double* values) const;
   double Survival(double x) const { return integral_.Upper(rate_ * x); }
   double LogSurvival(double x) const { return integral_.LogUpper(rate_ * x); }
   double UpperTailPercentile(double q) const;
@@ -234,38 +248,17 @@ class Gamma {
 };
 
 /// The gamma law of shape k / 2 and rate 1 / 2.
-class ChiSquare {
+class ChiSquare : public Gamma {
  public:
   static constexpr const char* kClassName = "QVChiSquareImpl";
   static constexpr const char* kDrawClassName = "QVGammaImpl";
   static constexpr std::uint64_t kPdfType = QVPDFType::ChiSquared;
   static constexpr std::uint64_t kNumParams = 1;
   static constexpr std::uint64_t kOutcomeType = 1;
-  static constexpr Search kSearch = Search::FromZero;
-  static constexpr double kTolX = kFineTolerance;
-  static constexpr double kTolY = kFineTolerance;
 
   bool SetParams(const double* params);
-  double Density(double x) const { return gamma_.Density(x); }
-  double LogDensity(double x) const { return gamma_.LogDensity(x); }
-  double CDF(double x) const { return gamma_.CDF(x); }
-  double Survival(double x) const { return gamma_.Survival(x); }
-  double LogSurvival(double x) const { return gamma_.LogSurvival(x); }
-  double UpperTailPercentile(double q) const { return gamma_.UpperTailPercentile(q); }
-  Moment Mean() const { return {dof_}; }
-  Moment Variance() const { return {2.0 * dof_}; }
-  Moment Mode() const { return {dof_ > 2.0 ? dof_ - 2.0 : 0.0}; }
-  bool HasPowerDensity() const { return gamma_.HasPowerDensity(); }
-  double GetFirstPower() const { return gamma_.GetFirstPower(); }
-  double GetSecondPower() const { return 0.0; }
-  PowerForm GetPowerForm(double x) const { return gamma_.GetPowerForm(x); }
-  Slope GetSlope(double x) const { return gamma_.GetSlope(x); }
 
   QVMath::QVChiSquaredRNG generator;
-
- private:
-  double dof_ = 1.0;
-  Gamma gamma_;
 };
 
 class SnedecorsF {
@@ -283,6 +276,7 @@ class SnedecorsF {
   double Density(double x) const;
   double LogDensity(double x) const;
   double CDF(double x) const;
+  void FillCDF(std::size_t n, const double* x, double* values) const;
   double Survival(double x) const;
   double LogSurvival(double x) const;
   double UpperTailPercentile(double q) const;
@@ -326,6 +320,7 @@ class Beta {
   double Density(double x) const;
   double LogDensity(double x) const;
   double CDF(double x) const { return integral_.Lower(x, 1.0 - x); }
+  void FillCDF(std::size_t n, const double* x, double* values) const;
   double Survival(double x) const { return integral_.Upper(x, 1.0 - x); }
   double LogSurvival(double x) const { return integral_.LogUpper(x, 1.0 - x); }
   double UpperTailPercentile(double q) const;
@@ -380,31 +375,17 @@ class GeneralizedExtremeValue {
 };
 
 /// The generalised extreme value law of shape 0.
-class Gumbel {
+class Gumbel : public GeneralizedExtremeValue {
  public:
   static constexpr const char* kClassName = "QVGumbelImpl";
   static constexpr const char* kDrawClassName = kClassName;
   static constexpr std::uint64_t kPdfType = QVPDFType::Gumbel;
   static constexpr std::uint64_t kNumParams = 2;
   static constexpr std::uint64_t kOutcomeType = 2;
-  static constexpr Search kSearch = Search::ClosedForm;
 
   bool SetParams(const double* params);
-  double Density(double x) const { return law_.Density(x); }
-  double LogDensity(double x) const { return law_.LogDensity(x); }
-  double CDF(double x) const { return law_.CDF(x); }
-  double Survival(double x) const { return law_.Survival(x); }
-  double LogSurvival(double x) const { return law_.LogSurvival(x); }
-  double UpperTailPercentile(double q) const { return law_.UpperTailPercentile(q); }
-  double ClosedPercentile(double p) const { return law_.ClosedPercentile(p); }
-  Moment Mean() const { return law_.Mean(); }
-  Moment Variance() const { return law_.Variance(); }
-  Moment Mode() const { return law_.Mode(); }
 
   QVMath::QVGumbelRNG generator;
-
- private:
-  GeneralizedExtremeValue law_;
 };
 
 }  // namespace QVLaws

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "platform/system/cast.h"
 #include "stats/pdf_law_impl.h"
 
 namespace QVStats {
@@ -25,11 +24,9 @@ bool FailedIn(const char* name, QVStatModelResult& result) {
   return result.NotSuccessful() && QVFailedIn(result, Where(name).c_str());
 }
 
-/// A value that is to be a count, rounded; 0 when it cannot be one.
+/// A value that is to be a count. One that cannot be is a broken invariant.
 std::size_t ToCount(double value) {
-  constexpr double kLargest = 9007199254740992.0;  // 2^53
-  if (!QV_ASSERT(value <= kLargest) || !(value > 0.0)) return 0;
-  return static_cast<std::size_t>(QVSystem::QVRoundHalfEven(value));
+  return QV_ASSERT(value <= kQVLargestCount) ? QVRoundToCount(value) : 0;
 }
 
 }  // namespace

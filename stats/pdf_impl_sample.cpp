@@ -38,12 +38,17 @@ QVStatModelResult QVUniVarContValRandomSampleImpl::GetParams() {
   QVStatModelResult result(true);
   const double size = GetSingleParameterRanVarVal(kSampleSize, result);
   if (QVFailedIn(result, where.c_str())) return result;
-  const auto n = static_cast<std::size_t>(QVSystem::QVRoundHalfEven(std::max(0.0, size)));
+  const std::size_t n = QVRoundToCount(size);
   if (n == 0) return QVFailure(QVStatModelFailureType::NoData, where.c_str());
   const auto values = GetOutcomeRanVarVals(kOutcome, n, result);
   if (QVFailedIn(result, where.c_str())) return result;
   sample_.clear();
-  for (const double value : values) sample_.push_back(value);
+  for (const double value : values) {
+    if (std::isnan(value))
+      return QVFailure(QVStatModelFailureType::ArgumentOutOfRange, where.c_str())
+             << "Sample value " << sample_.size() << " is not a number";
+    sample_.push_back(value);
+  }
   sorted_ = sample_;
   std::sort(sorted_.begin(), sorted_.end());
   double sum = 0.0;

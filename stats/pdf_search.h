@@ -1,5 +1,6 @@
 /// \file
-/// \brief The search for percentiles: brackets by doubling, then safeguarded Newton steps.
+/// \brief The search for percentiles: brackets by doubling, then safeguarded Newton steps; values
+/// of refused arguments, and counts.
 #ifndef QVSTATS_PDF_SEARCH_H
 #define QVSTATS_PDF_SEARCH_H
 
@@ -7,6 +8,7 @@
 #include <cstddef>
 #include <sstream>
 
+#include "platform/system/cast.h"
 #include "stats/api/stat_model.h"
 #include "stats/api/stats_data_types.h"
 #include "stats/failure.h"
@@ -38,6 +40,14 @@ inline double QVGetValueOfRefusedArgument(const QVStatModelResult& result, doubl
     default:
       return QVStatsBadData::BadDouble;
   }
+}
+
+constexpr double kQVLargestCount = 0x1p53;
+
+/// The integer nearest to a value that is to be a count; 0 when it cannot be one.
+inline std::size_t QVRoundToCount(double value) {
+  if (!(value > 0.0 && value <= kQVLargestCount)) return 0;
+  return static_cast<std::size_t>(QVSystem::QVRoundHalfEven(value));
 }
 
 struct QVBracket {

@@ -11,9 +11,6 @@ namespace QVStats {
 
 namespace {
 
-/// Single-precision epsilon.
-constexpr double kTolerance = 1.1920928955078125e-07;
-
 using Values = std::vector<double>;
 
 bool MustBePositive(const QVRanVarDescription& row) {
@@ -34,7 +31,7 @@ struct ScalarFamily {
 QVStatModelResult CheckBinomial(const char* where, const Values& values) {
   const double sampleSize = values[0];
   const double probability = values[1];
-  if (std::abs(sampleSize - QVSystem::QVRoundHalfEven(sampleSize)) > kTolerance)
+  if (!QVIsIntegerValued(sampleSize))
     return QVFailure(QVStatModelFailureType::IntegerArgumentRequired, where)
            << "sampleSize required to be an integer: argument value = " << sampleSize;
   if (probability >= 0.0 && probability <= 1.0) return true;
@@ -278,6 +275,11 @@ QVStatModelResult QVUniVarContValRandomSampleRanVars::SetupRanVarVecs(
     return QVFailure(QVStatModelFailureType::ArgumentOutOfRange, where)
            << "pdfTypeDrawnFrom must be less than: argument value = " << pdfTypeDrawnFrom;
   if (sample.empty()) return QVFailure(QVStatModelFailureType::NoData, where) << "Empty sample";
+  const auto bad =
+      std::find_if(sample.begin(), sample.end(), [](double x) { return std::isnan(x); });
+  if (bad != sample.end())
+    return QVFailure(QVStatModelFailureType::ArgumentOutOfRange, where)
+           << "Sample value " << bad - sample.begin() << " is not a number";
   const auto [lowest, highest] = std::minmax_element(sample.begin(), sample.end());
   const double size = QVSystem::QVDoubleFromCount(sample.size());
   const double values[] = {size, *lowest, *highest, static_cast<double>(pdfTypeDrawnFrom)};

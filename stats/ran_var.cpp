@@ -12,9 +12,6 @@ namespace QVStats {
 
 namespace {
 
-/// Single-precision epsilon.
-constexpr double kTolerance = 1.1920928955078125e-07;
-
 template <std::size_t numNames>
 const std::string& NameAt(const std::string (&names)[numNames], std::uint64_t code) {
   return names[code < numNames ? code : 0];
@@ -45,7 +42,7 @@ QVStatModelResult CheckDescribedCode(const char* where, const char* countText,
 
 /// Two numbers that should be the same.
 QVStatModelResult CheckEqual(const char* where, const char* what, double argument, double own) {
-  if (std::abs(argument - own) <= kTolerance) return true;
+  if (std::abs(argument - own) <= QVRanVarTolerance) return true;
   return QVFailure(QVStatModelFailureType::ArgumentValueWrong, where)
          << "Argument " << what << ": " << argument << " Object " << what << ": " << own;
 }
@@ -58,6 +55,10 @@ std::string Concatenate(const char* label, const Value& value, const char* end) 
 }
 
 }  // namespace
+
+bool QVIsIntegerValued(double value) {
+  return std::abs(value - QVSystem::QVRoundHalfEven(value)) <= QVRanVarTolerance;
+}
 
 QVRanVar::QVRanVar(std::uint64_t pdfType, std::uint64_t packageType, std::uint64_t ranVarType,
                    std::string name, std::uint64_t dataType, std::uint64_t dimensionalType,
@@ -197,7 +198,7 @@ QVStatModelResult QVRanVar::CheckIfRanVarIsOk(const QVRanVar& other) const {
 QVStatModelResult QVRanVar::CheckIntegers(const double* values, std::size_t numValues) const {
   if (!IsIntegerValued()) return true;
   for (std::size_t i = 0; i < numValues; ++i)
-    if (std::abs(values[i] - QVSystem::QVRoundHalfEven(values[i])) > kTolerance)
+    if (!QVIsIntegerValued(values[i]))
       return QVFailure(QVStatModelFailureType::IntegerArgumentRequired,
                        "QVRanVar::CheckRanVarValDataType")
              << "Argument value is " << values[i];

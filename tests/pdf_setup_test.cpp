@@ -16,6 +16,7 @@ using testing::IsEmpty;
 using testing::SizeIs;
 namespace Failure = QVStatModelFailureType;
 
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 // A list of variables in short: their names, codes and values.
@@ -169,6 +170,11 @@ const FailureCase kFailures[] = {
      Failure::IntegerArgumentRequired,
      {"QVBinomialRanVars::SetupRanVarVecs"},
      {"sampleSize required to be an integer: argument value = 10.5"}},
+    {"BinomialInfinite",
+     QV_CALL(QVBinomialRanVars::SetupRanVarVecs(kInfinity, 0.5, parameters, outcomes)),
+     Failure::IntegerArgumentRequired,
+     {"QVBinomialRanVars::SetupRanVarVecs"},
+     {"sampleSize required to be an integer: argument value = inf"}},
     {"BinomialProbability",
      QV_CALL(QVBinomialRanVars::SetupRanVarVecs(10, 1.2, parameters, outcomes)),
      Failure::UpperBoundViolated,

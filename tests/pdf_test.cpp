@@ -8,7 +8,6 @@
 #include <limits>
 #include <numeric>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "platform/system/error_handler.h"
@@ -160,24 +159,6 @@ TEST_P(Families, CopiesAreIndependentAndEqual) {
   pdf = QVUniVarNullPDF("y");
   EXPECT_EQ(copy.GetPercentile(0.3, result), before);
   EXPECT_EQ(copy.GetVariableName(), "x");
-}
-
-// Searches share numbers that the first of them computes: under a thread checker this test tells.
-TEST_P(Families, ConstQueriesMayRunConcurrently) {
-  const QVUniVarPDF pdf = MakePDF(GetParam());
-  const QVUniVarPDF alone = pdf;
-  std::vector<std::vector<double>> answers(4);
-  std::vector<std::thread> threads;
-  for (auto& own : answers)
-    threads.emplace_back([&pdf, &own] {
-      QVStatModelResult result(true);
-      for (double p = 0.01; p < 1.0; p += 0.02) own.push_back(pdf.GetPercentile(p, result));
-    });
-  for (std::thread& thread : threads) thread.join();
-  std::vector<double> expected;
-  QVStatModelResult result(true);
-  for (double p = 0.01; p < 1.0; p += 0.02) expected.push_back(alone.GetPercentile(p, result));
-  EXPECT_THAT(answers, testing::Each(expected));
 }
 
 TEST_P(Families, RefuseWhatIsNoProbability) {
@@ -457,6 +438,32 @@ TEST(RandomSample, IsTheEmpiricalDistribution) {
             0u);
   QVUniVarContValRandomSample(result, source, engine, 0);
   EXPECT_FALSE(result.IsSuccessful());
+}
+
+// A NaN has no place in a sorted sample, and what is no count is no size.
+TEST(PDF, RandomSampleRefusesWhatIsNoNumber) {
+  using Family = QVUniVarContValRandomSampleRanVars;
+  QVRanVarVec parameters, outcomes;
+  QVStatModelResult result =
+      Family::SetupRanVarVecs(QVPDFType::Gamma, {1.0, 2.0, kNaN}, parameters, outcomes);
+  EXPECT_EQ(result.GetFailureType(), Failure::ArgumentOutOfRange);
+  EXPECT_EQ(*result.GetComments(), "Sample value 2 is not a number");
+  EXPECT_TRUE(parameters.empty() && outcomes.empty());
+
+  ASSERT_TRUE(
+      Family::SetupRanVarVecs(QVPDFType::Gamma, {1.0, 2.0}, parameters, outcomes).IsSuccessful());
+  for (const double size : {kInfinity, -kInfinity, kNaN, 1e300, 0.4}) {
+    QVRanVarVec bad = parameters;
+    bad[0].SetRanVarVal(size, false);
+    QVUniVarContValRandomSampleImpl pdf("x", bad, outcomes);
+    EXPECT_EQ(pdf.GetParams().GetFailureType(), Failure::NoData) << size;
+    EXPECT_EQ(pdf.GetMean(result), BadDouble);
+    EXPECT_EQ(result.GetFailureType(), Failure::InvalidProbDistFunc);
+  }
+  outcomes[0].SetRanVarVals(std::vector<double>{1.0, kNaN}, false);
+  QVUniVarContValRandomSampleImpl pdf("x", parameters, outcomes);
+  EXPECT_EQ(pdf.GetParams().GetFailureType(), Failure::ArgumentOutOfRange);
+  EXPECT_FALSE(pdf.Valid());
 }
 
 TEST(PDF, PrintsParametersAndOutcomes) {

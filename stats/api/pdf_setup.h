@@ -265,7 +265,8 @@ struct QVSTATS_EXPORT QVGeneralizedExtremeValueRanVars
 
 struct QVSTATS_EXPORT QVBinomialRanVars
     : QVRanVarFamily<QVPDFType::Binomial, QVRanVarTables::Binomial> {
-  /// \param sampleSize         positive, else LowerBoundViolated; within 2^-23 of an integer, else
+  /// \param sampleSize         positive, else LowerBoundViolated; an integer (QVIsIntegerValued),
+  /// else
   ///                           IntegerArgumentRequired.
   /// \param successProbability in [0, 1], else LowerBoundViolated or UpperBoundViolated.
   static QVStatModelResult SetupRanVarVecs(double sampleSize, double successProbability,
@@ -275,7 +276,8 @@ struct QVSTATS_EXPORT QVBinomialRanVars
 struct QVSTATS_EXPORT QVUniVarContValRandomSampleRanVars
     : QVRanVarFamily<QVPDFType::UniVarContValRandomSample, QVRanVarTables::UniVarRandomSample> {
   /// The outcome is multi-valued and holds the sample, in the order given.
-  /// Failures: ArgumentOutOfRange for a pdfTypeDrawnFrom above 26, NoData for an empty sample.
+  /// Failures: ArgumentOutOfRange for a pdfTypeDrawnFrom above 26 and for a NaN in the sample, with
+  /// its (0-based) place; NoData for an empty sample.
   static QVStatModelResult SetupRanVarVecs(std::uint64_t pdfTypeDrawnFrom,
                                            const std::vector<double>& sample,
                                            QVRanVarVec& parameters, QVRanVarVec& outcomes);

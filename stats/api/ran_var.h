@@ -144,13 +144,19 @@ inline const std::string Describe[NumTypes] = {
 };
 }  // namespace QVRanVarConstraintTypes
 
+/// Two numbers of random variables count as equal when they differ by at most this, the epsilon of
+/// single precision.
+inline constexpr double QVRanVarTolerance = 0x1p-23;
+
+/// \return whether a value is that close to an integer; infinities and NaN are not.
+QVSTATS_EXPORT bool QVIsIntegerValued(double value);
+
 /// One named random variable: which distribution it belongs to, its role, the kind, shape and range
 /// of its values, and the values.
 ///
 /// Constructors store what they are given; the checks say whether values, or another variable,
-/// conform to the description. Two numbers count as equal when they differ by at most 2^-23, the
-/// epsilon of single precision. A check returns success, or a failure recorded under the name
-/// that its description gives, with a comment that shows both sides. A NaN violates no bound.
+/// conform to the description. A check returns success, or a failure recorded under the name that
+/// its description gives, with a comment that shows both sides. A NaN violates no bound.
 ///
 /// A plain value: concurrent reads are safe.
 class QVSTATS_EXPORT QVRanVar {
@@ -273,7 +279,7 @@ class QVSTATS_EXPORT QVRanVar {
   /// \name Checks of values
   /// @{
 
-  /// An integer-valued variable takes values within 2^-23 of an integer. Failure:
+  /// An integer-valued variable takes values for which QVIsIntegerValued. Failure:
   /// IntegerArgumentRequired.
   QVStatModelResult CheckRanVarValDataType(const std::vector<double>& values) const;
   /// The number of values: 1, d, or the packed forms of a matrix. Failures:

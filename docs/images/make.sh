@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
-# make.sh QVSTATS: draws the pictures of the report again, from the molecules of the demo (1017 with
-# measured activity, CHEMBL2321810, from Debian's rdkit-data).
+# make.sh QVSTATS CONTOURS: draws the pictures of the guides again: the report's from the molecules of
+# the demo (1017 with measured activity, CHEMBL2321810, from Debian's rdkit-data), the contour lines
+# by the example program examples/contours.cpp.
 set -euo pipefail
 program=$1
+contours=$2
 here=$(cd "$(dirname "$0")" && pwd)
 data=/usr/share/RDKit/Contrib/FreeWilson/data
 work=$(mktemp -d)
@@ -20,3 +22,4 @@ report() {
 }
 report --page slide --out "$here/report.svg"
 report --title 'Predicted activity of {id}' --property series,source --out "$here/report-title.svg"
+"$contours" "$here/contours.svg"

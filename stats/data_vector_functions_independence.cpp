@@ -2,6 +2,7 @@
 #include <cmath>
 #include <cstdint>
 #include <iostream>
+#include <iterator>
 
 #include "platform/system/cast.h"
 #include "platform/system/error_handler.h"
@@ -141,17 +142,76 @@ double GetMeasure(QVStatModelResult& result, const SampleView& first, const Samp
   return QVDistanceCorrelationMeasure::DistanceMatrixCorrelation(a, b);
 }
 
-/// Checks the sizes and applies a function above.
-template <class Function>
-double Apply(Function function, const char* where, QVStatModelResult& result,
-             const SampleView& first, const SampleView& second) {
-  if (!SizesMatch(first, second)) {
-    result = QVFailure(QVStatModelFailureType::MismatchBetweenInputVecSizes, where);
-    return BadDouble;
+double GetNull(QVStatModelResult&, const SampleView&, const SampleView&) { return BadDouble; }
+
+QVStatModelResult SimulateTestStatistic(const char* where, std::vector<double>& sims,
+                                        QVMath::QVRanNumEngine& engine, std::size_t numSims,
+                                        const SampleView& first, const SampleView& second) {
+  sims.clear();
+  if (!SizesMatch(first, second))
+    return QVFailure(QVStatModelFailureType::MismatchBetweenInputVecSizes, where);
+  const std::size_t n = first.GetNumObjects();
+  if (n == 0) {
+    sims.assign(numSims, 0.0);
+    return true;
   }
-  result = true;
-  return function(result, first, second);
+  if (first.IsOneDimensional() && second.IsOneDimensional()) {
+    QVDistanceCovariance covariance(first.data, second.data);
+    for (std::size_t k = 0; k < numSims; ++k)
+      sims.push_back(covariance.GetCrossSum(QVMath::QVRandomShuffleOfIndices(n, engine)));
+  } else {
+    MatrixXd a, b;
+    const QVStatModelResult result = GetCenteredMatrices(a, b, first, second);
+    if (result.NotSuccessful()) return result;
+    PermutedSums permuted(a, b);
+    constexpr std::size_t kBatch = 64;
+    while (sims.size() < numSims) {
+      for (std::size_t k = sims.size(), end = std::min(numSims, k + kBatch); k < end; ++k)
+        permuted.Add(QVMath::QVRandomShuffleOfIndices(n, engine));
+      const std::vector<double> sums = permuted.Take();
+      sims.insert(sims.end(), sums.begin(), sums.end());
+    }
+  }
+  for (double& sum : sims) sum /= QVDoubleFromCount(n);
+  return true;
 }
+
+/// A simulation that there is not.
+template <unsigned int Failure>
+QVStatModelResult FailToSimulate(const char* where, std::vector<double>&, QVMath::QVRanNumEngine&,
+                                 std::size_t, const SampleView&, const SampleView&) {
+  return QVFailure(Failure, where);
+}
+
+struct StatisticRow {
+  const char* name;
+  const char* where;  // of the operator; null where any sizes will do
+  double (*compute)(QVStatModelResult& result, const SampleView& first, const SampleView& second);
+  const char* whereSimulated;
+  QVStatModelResult (*simulate)(const char* where, std::vector<double>& sims,
+                                QVMath::QVRanNumEngine& engine, std::size_t numSims,
+                                const SampleView& first, const SampleView& second);
+  QVTwoSampleIndependenceStatisticBase* (*create)();
+};
+
+template <class Statistic>
+QVTwoSampleIndependenceStatisticBase* Create() {
+  return new Statistic;
+}
+
+/// At each code its statistic.
+constexpr StatisticRow kStatistics[] = {
+    {"Null Statistic: Always returns a bad double", nullptr, GetNull,
+     "QVNullIndependenceStatistic::SimulateStatisticUnderIndependence",
+     FailToSimulate<QVStatModelFailureType::EmptyStatModel>, Create<QVNullIndependenceStatistic>},
+    {"DistanceMatrixCorrelationMeasure", "QVDistanceCorrelationMeasure::operator", GetMeasure,
+     "QVDistanceCorrelationMeasure::SimulateStatisticUnderIndependence",
+     FailToSimulate<QVStatModelFailureType::NotYetImplemented>,
+     Create<QVDistanceCorrelationMeasure>},
+    {"DistanceMatrixCorrelationTestStatistic", "QVDistanceCorrelationTestStat::operator",
+     GetTestStatistic, "QVDistanceCorrelationTestStat::SimulateStatisticUnderIndependence",
+     SimulateTestStatistic, Create<QVDistanceCorrelationTestStat>},
+};
 
 }  // namespace
 
@@ -202,51 +262,45 @@ void CenterDistanceMatrix(MatrixXd& distances) {
 
 QVTwoSampleIndependenceStatisticBase::~QVTwoSampleIndependenceStatisticBase() = default;
 
-QVNullIndependenceStatistic* QVNullIndependenceStatistic::CreateCopy() const {
-  return new QVNullIndependenceStatistic(*this);
+template <unsigned int Code>
+QVCodedIndependenceStatistic<Code>* QVCodedIndependenceStatistic<Code>::CreateCopy() const {
+  return new QVCodedIndependenceStatistic(*this);
 }
-unsigned int QVNullIndependenceStatistic::GetTwoSampleIndepStatisticsType() const {
-  return QVIndependenceStatisticType::Null;
+template <unsigned int Code>
+std::string QVCodedIndependenceStatistic<Code>::GetTwoSampleIndepStatisticsName() const {
+  return kStatistics[Code].name;
 }
-std::string QVNullIndependenceStatistic::GetTwoSampleIndepStatisticsName() const {
-  return "Null Statistic: Always returns a bad double";
+template <unsigned int Code>
+QVStatModelResult QVCodedIndependenceStatistic<Code>::SimulateStatisticUnderIndependence(
+    std::vector<double>& sims, QVMath::QVRanNumEngine& engine, std::size_t numSims,
+    const std::vector<double>& data1, std::size_t dim1, bool isSimilarity1,
+    const std::vector<double>& data2, std::size_t dim2, bool isSimilarity2) const {
+  const StatisticRow& row = kStatistics[Code];
+  return row.simulate(row.whereSimulated, sims, engine, numSims, {data1, dim1, isSimilarity1},
+                      {data2, dim2, isSimilarity2});
 }
-QVStatModelResult QVNullIndependenceStatistic::SimulateStatisticUnderIndependence(
-    std::vector<double>&, QVMath::QVRanNumEngine&, std::size_t, const std::vector<double>&,
-    std::size_t, bool, const std::vector<double>&, std::size_t, bool) const {
-  return QVFailure(QVStatModelFailureType::EmptyStatModel,
-                   "QVNullIndependenceStatistic::SimulateStatisticUnderIndependence");
-}
-double QVNullIndependenceStatistic::operator()(QVStatModelResult& result,
-                                               const std::vector<double>&, std::size_t, bool,
-                                               const std::vector<double>&, std::size_t,
-                                               bool) const {
+template <unsigned int Code>
+double QVCodedIndependenceStatistic<Code>::operator()(QVStatModelResult& result,
+                                                      const std::vector<double>& data1,
+                                                      std::size_t dim1, bool isSimilarity1,
+                                                      const std::vector<double>& data2,
+                                                      std::size_t dim2, bool isSimilarity2) const {
+  const StatisticRow& row = kStatistics[Code];
+  const SampleView first = {data1, dim1, isSimilarity1}, second = {data2, dim2, isSimilarity2};
+  if (row.where && !SizesMatch(first, second)) {
+    result = QVFailure(QVStatModelFailureType::MismatchBetweenInputVecSizes, row.where);
+    return BadDouble;
+  }
   result = true;
-  return BadDouble;
+  return row.compute(result, first, second);
 }
+
+template class QVCodedIndependenceStatistic<0>;
+template class QVCodedIndependenceStatistic<1>;
+template class QVCodedIndependenceStatistic<2>;
 
 QVDistanceCorrelationMeasure* QVDistanceCorrelationMeasure::CreateCopy() const {
   return new QVDistanceCorrelationMeasure(*this);
-}
-unsigned int QVDistanceCorrelationMeasure::GetTwoSampleIndepStatisticsType() const {
-  return QVIndependenceStatisticType::DistanceCorrelation;
-}
-std::string QVDistanceCorrelationMeasure::GetTwoSampleIndepStatisticsName() const {
-  return "DistanceMatrixCorrelationMeasure";
-}
-QVStatModelResult QVDistanceCorrelationMeasure::SimulateStatisticUnderIndependence(
-    std::vector<double>&, QVMath::QVRanNumEngine&, std::size_t, const std::vector<double>&,
-    std::size_t, bool, const std::vector<double>&, std::size_t, bool) const {
-  return QVFailure(QVStatModelFailureType::NotYetImplemented,
-                   "QVDistanceCorrelationMeasure::SimulateStatisticUnderIndependence");
-}
-double QVDistanceCorrelationMeasure::operator()(QVStatModelResult& result,
-                                                const std::vector<double>& data1, std::size_t dim1,
-                                                bool isSimilarity1,
-                                                const std::vector<double>& data2, std::size_t dim2,
-                                                bool isSimilarity2) const {
-  return Apply(GetMeasure, "QVDistanceCorrelationMeasure::operator", result,
-               {data1, dim1, isSimilarity1}, {data2, dim2, isSimilarity2});
 }
 double QVDistanceCorrelationMeasure::DistanceMatrixCorrelation(const MatrixXd& a,
                                                                const MatrixXd& b) {
@@ -258,54 +312,6 @@ double QVDistanceCorrelationMeasure::DistanceMatrixCorrelation(const MatrixXd& a
 
 QVDistanceCorrelationTestStat* QVDistanceCorrelationTestStat::CreateCopy() const {
   return new QVDistanceCorrelationTestStat(*this);
-}
-unsigned int QVDistanceCorrelationTestStat::GetTwoSampleIndepStatisticsType() const {
-  return QVIndependenceStatisticType::TestStatistic;
-}
-std::string QVDistanceCorrelationTestStat::GetTwoSampleIndepStatisticsName() const {
-  return "DistanceMatrixCorrelationTestStatistic";
-}
-QVStatModelResult QVDistanceCorrelationTestStat::SimulateStatisticUnderIndependence(
-    std::vector<double>& sims, QVMath::QVRanNumEngine& engine, std::size_t numSims,
-    const std::vector<double>& data1, std::size_t dim1, bool isSimilarity1,
-    const std::vector<double>& data2, std::size_t dim2, bool isSimilarity2) const {
-  sims.clear();
-  const SampleView first = {data1, dim1, isSimilarity1}, second = {data2, dim2, isSimilarity2};
-  if (!SizesMatch(first, second))
-    return QVFailure(QVStatModelFailureType::MismatchBetweenInputVecSizes,
-                     "QVDistanceCorrelationTestStat::SimulateStatisticUnderIndependence");
-  const std::size_t n = first.GetNumObjects();
-  if (n == 0) {
-    sims.assign(numSims, 0.0);
-    return true;
-  }
-  if (first.IsOneDimensional() && second.IsOneDimensional()) {
-    QVDistanceCovariance covariance(data1, data2);
-    for (std::size_t k = 0; k < numSims; ++k)
-      sims.push_back(covariance.GetCrossSum(QVMath::QVRandomShuffleOfIndices(n, engine)));
-  } else {
-    MatrixXd a, b;
-    const QVStatModelResult result = GetCenteredMatrices(a, b, first, second);
-    if (result.NotSuccessful()) return result;
-    PermutedSums permuted(a, b);
-    constexpr std::size_t kBatch = 64;
-    while (sims.size() < numSims) {
-      for (std::size_t k = sims.size(), end = std::min(numSims, k + kBatch); k < end; ++k)
-        permuted.Add(QVMath::QVRandomShuffleOfIndices(n, engine));
-      const std::vector<double> sums = permuted.Take();
-      sims.insert(sims.end(), sums.begin(), sums.end());
-    }
-  }
-  for (double& sum : sims) sum /= QVDoubleFromCount(n);
-  return true;
-}
-double QVDistanceCorrelationTestStat::operator()(QVStatModelResult& result,
-                                                 const std::vector<double>& data1, std::size_t dim1,
-                                                 bool isSimilarity1,
-                                                 const std::vector<double>& data2, std::size_t dim2,
-                                                 bool isSimilarity2) const {
-  return Apply(GetTestStatistic, "QVDistanceCorrelationTestStat::operator", result,
-               {data1, dim1, isSimilarity1}, {data2, dim2, isSimilarity2});
 }
 double QVDistanceCorrelationTestStat::DistanceMatrixCovariance(
     const MatrixXd& a, const MatrixXd& b, const std::vector<std::size_t>& permutation) {
@@ -324,14 +330,7 @@ double QVDistanceCorrelationTestStat::DistanceMatrixCovariance(
 }
 
 QVTwoSampleIndependenceStatisticBase* QVGetTwoSampleIndependenceStatistic(unsigned int code) {
-  switch (code) {
-    case QVIndependenceStatisticType::DistanceCorrelation:
-      return new QVDistanceCorrelationMeasure;
-    case QVIndependenceStatisticType::TestStatistic:
-      return new QVDistanceCorrelationTestStat;
-    default:
-      return new QVNullIndependenceStatistic;
-  }
+  return kStatistics[code < std::size(kStatistics) ? code : 0].create();
 }
 
 QVTwoSampleIndependenceStatistic::QVTwoSampleIndependenceStatistic(unsigned int code)

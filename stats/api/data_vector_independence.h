@@ -71,11 +71,12 @@ class QVSTATS_EXPORT QVTwoSampleIndependenceStatisticBase {
                             std::size_t dim2, bool isSimilarity2) const = 0;
 };
 
-/// Always the bad double; a simulation fails with EmptyStatModel.
-class QVSTATS_EXPORT QVNullIndependenceStatistic : public QVTwoSampleIndependenceStatisticBase {
+/// A statistic of the family, by its code.
+template <unsigned int Code>
+class QVSTATS_EXPORT QVCodedIndependenceStatistic : public QVTwoSampleIndependenceStatisticBase {
  public:
-  QVNullIndependenceStatistic* CreateCopy() const override;
-  unsigned int GetTwoSampleIndepStatisticsType() const override;
+  QVCodedIndependenceStatistic* CreateCopy() const override;
+  unsigned int GetTwoSampleIndepStatisticsType() const override { return Code; }
   std::string GetTwoSampleIndepStatisticsName() const override;
   QVStatModelResult SimulateStatisticUnderIndependence(
       std::vector<double>& sims, QVMath::QVRanNumEngine& engine, std::size_t numSims,
@@ -86,37 +87,24 @@ class QVSTATS_EXPORT QVNullIndependenceStatistic : public QVTwoSampleIndependenc
                     bool isSimilarity2) const override;
 };
 
+/// Always the bad double; a simulation fails with EmptyStatModel.
+using QVNullIndependenceStatistic = QVCodedIndependenceStatistic<QVIndependenceStatisticType::Null>;
+
 /// The distance correlation; a simulation fails with NotYetImplemented.
-class QVSTATS_EXPORT QVDistanceCorrelationMeasure : public QVTwoSampleIndependenceStatisticBase {
+class QVSTATS_EXPORT QVDistanceCorrelationMeasure
+    : public QVCodedIndependenceStatistic<QVIndependenceStatisticType::DistanceCorrelation> {
  public:
   QVDistanceCorrelationMeasure* CreateCopy() const override;
-  unsigned int GetTwoSampleIndepStatisticsType() const override;
-  std::string GetTwoSampleIndepStatisticsName() const override;
-  QVStatModelResult SimulateStatisticUnderIndependence(
-      std::vector<double>& sims, QVMath::QVRanNumEngine& engine, std::size_t numSims,
-      const std::vector<double>& data1, std::size_t dim1, bool isSimilarity1,
-      const std::vector<double>& data2, std::size_t dim2, bool isSimilarity2) const override;
-  double operator()(QVStatModelResult& result, const std::vector<double>& data1, std::size_t dim1,
-                    bool isSimilarity1, const std::vector<double>& data2, std::size_t dim2,
-                    bool isSimilarity2) const override;
   /// The measure of two centred matrices.
   static double DistanceMatrixCorrelation(const Eigen::MatrixXd& a, const Eigen::MatrixXd& b);
 };
 
-/// The distance covariance test statistic.
-class QVSTATS_EXPORT QVDistanceCorrelationTestStat : public QVTwoSampleIndependenceStatisticBase {
+/// The distance covariance test statistic. A simulation draws one permutation
+/// (QVRandomShuffleOfIndices) for each value.
+class QVSTATS_EXPORT QVDistanceCorrelationTestStat
+    : public QVCodedIndependenceStatistic<QVIndependenceStatisticType::TestStatistic> {
  public:
   QVDistanceCorrelationTestStat* CreateCopy() const override;
-  unsigned int GetTwoSampleIndepStatisticsType() const override;
-  std::string GetTwoSampleIndepStatisticsName() const override;
-  /// Draws one permutation (QVRandomShuffleOfIndices) for each value.
-  QVStatModelResult SimulateStatisticUnderIndependence(
-      std::vector<double>& sims, QVMath::QVRanNumEngine& engine, std::size_t numSims,
-      const std::vector<double>& data1, std::size_t dim1, bool isSimilarity1,
-      const std::vector<double>& data2, std::size_t dim2, bool isSimilarity2) const override;
-  double operator()(QVStatModelResult& result, const std::vector<double>& data1, std::size_t dim1,
-                    bool isSimilarity1, const std::vector<double>& data2, std::size_t dim2,
-                    bool isSimilarity2) const override;
   /// (1/n) sum A_ij B_p(i)p(j) of two centred matrices. A permutation that does not fit them is a
   /// fatal report and gives the bad double.
   static double DistanceMatrixCovariance(const Eigen::MatrixXd& a, const Eigen::MatrixXd& b,

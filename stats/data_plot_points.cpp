@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
+#include "platform/math/special_functions.h"
 #include "platform/system/cast.h"
 #include "stats/api/data_vector_functions.h"
 #include "stats/api/pdf.h"
@@ -40,6 +42,40 @@ void AddToBins(std::vector<double>& densities, double& ymax, const std::vector<d
     densities.at(bin) += share;
   }
   ymax = *std::max_element(densities.begin(), densities.end());
+}
+
+/// Outlines of a histogram and of its band.
+/// \param getDensities fills the ranges and densities from the sorted data.
+template <class GetDensities>
+QVStatModelResult PlotWithBand(const char* where, QVDataSeries& series, QVDataSeries& lower,
+                               QVDataSeries& upper, double& ymax, const std::vector<double>& data,
+                               double lo, double hi, double level, GetDensities getDensities) {
+  for (QVDataSeries* each : {&series, &lower, &upper}) each->Clear();
+  if (!(level > 0.0 && level < 1.0))
+    return QVFailure(QVStatModelFailureType::ArgumentOutOfRange, where)
+           << "Confidence level: " << level;
+  const std::vector<double> sorted = Sorted(data);
+  std::vector<double> densities, boundaries;
+  getDensities(sorted, densities);
+  QVGetBinBoundariesForSortedData(boundaries, densities.size(), false, sorted, lo, hi);
+  QVGetHistogramPlotPointsFromBinStats(series, densities, boundaries);
+  // The density of a bin that holds all values; they sum to it.
+  const double full = std::accumulate(densities.begin(), densities.end(), 0.0);
+  const double n = QVDoubleFromCount(sorted.size()), tail = 0.5 * (1.0 - level);
+  std::vector<double> low, high;
+  for (const double density : densities) {
+    const double k = std::isinf(density) ? n : std::round(n * density / full);
+    // The upper limit is 1 - the lower limit of the other n - k values.
+    double least = 0.0, most = 1.0, rest;
+    if (k > 0.0) least = QVMath::QVIncompleteBetaInverse(k, n - k + 1.0, tail, rest);
+    if (k < n) QVMath::QVIncompleteBetaInverse(n - k, k + 1.0, tail, most);
+    low.push_back(least > 0.0 ? least * full : 0.0);
+    high.push_back(most * full);
+    ymax = std::max(ymax, high.back());
+  }
+  QVGetHistogramPlotPointsFromBinStats(lower, low, boundaries);
+  QVGetHistogramPlotPointsFromBinStats(upper, high, boundaries);
+  return true;
 }
 
 }  // namespace
@@ -181,6 +217,31 @@ void QVGetUserDefinedConstFreqHistPlotPoints(QVDataSeries& series, double& xmin,
   QVGetUserDefinedConstFreqHistogram(xmin, xmax, ymin, ymax, densities, sorted, numBins, lo, hi);
   QVGetBinBoundariesForSortedData(boundaries, numBins, true, sorted, lo, hi);
   QVGetHistogramPlotPointsFromBinStats(series, densities, boundaries);
+}
+
+QVStatModelResult QVGetAutoDefConstBinWidthHistPlotPtsConfidenceInt(
+    QVDataSeries& series, QVDataSeries& lower, QVDataSeries& upper, double& xmin, double& xmax,
+    double& ymin, double& ymax, const std::vector<double>& data, double lo, double hi,
+    double level) {
+  return PlotWithBand("QVGetAutoDefConstBinWidthHistPlotPtsConfidenceInt", series, lower, upper,
+                      ymax, data, lo, hi, level,
+                      [&](const std::vector<double>& sorted, std::vector<double>& densities) {
+                        std::size_t numBins;
+                        QVGetAutoDefinedConstBinWidthHistogram(xmin, xmax, ymin, ymax, densities,
+                                                               numBins, sorted, lo, hi);
+                      });
+}
+
+QVStatModelResult QVGetUserDefConstBinWidthHistPlotPtsConfidenceInt(
+    QVDataSeries& series, QVDataSeries& lower, QVDataSeries& upper, double& xmin, double& xmax,
+    double& ymin, double& ymax, const std::vector<double>& data, std::size_t numBins, double lo,
+    double hi, double level) {
+  return PlotWithBand("QVGetUserDefConstBinWidthHistPlotPtsConfidenceInt", series, lower, upper,
+                      ymax, data, lo, hi, level,
+                      [&](const std::vector<double>& sorted, std::vector<double>& densities) {
+                        QVGetUserDefinedConstBinWidthHistogram(xmin, xmax, ymin, ymax, densities,
+                                                               sorted, numBins, lo, hi);
+                      });
 }
 
 QVStatModelResult QVGetNormalProbabilityPlotPointsForSortedData(

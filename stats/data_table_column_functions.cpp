@@ -2,6 +2,7 @@
 
 #include <Eigen/Eigenvalues>
 #include <algorithm>
+#include <type_traits>
 
 #include "stats/api/data_plot_points.h"
 #include "stats/api/data_vector_functions.h"
@@ -151,6 +152,40 @@ QVStatModelResult GatherPairs(Pairs& pairs, std::size_t& numMissing, std::size_t
                    elemOne, elemTwo, rows, [&](std::size_t i) { pairs.emplace_back(x[i], y[i]); });
 }
 
+/// Splits what `gather` finds over the rows of known category: it is called with the counts of
+/// what it leaves out, these rows, and a function from their positions to the group to fill.
+template <class Group, class Gather>
+QVStatModelResult SplitByCategory(const char* where, std::vector<std::string>& categories,
+                                  std::vector<Group>& groups, std::size_t& numMissing,
+                                  std::size_t& numBad, const QVDataTable& table,
+                                  const std::string& nominalName, Gather gather) {
+  categories.clear();
+  groups.clear();
+  numMissing = numBad = 0;
+  return WithColumn(
+      where, table, nominalName, [&](const QVDataTableCol& nominal, const QVRowNumbers& rows) {
+        std::vector<std::size_t> known;
+        std::vector<unsigned int> codes(rows.size()), knownCodes;
+        nominal.GetImpl()->GetUnsigneds(rows, 0, codes.data());
+        QVStatModelResult result = WalkCells(where, numMissing, numBad, nominal, 0,
+                                             QVStatVariableType::Nominal, rows, [&](std::size_t i) {
+                                               known.push_back(rows[i]);
+                                               knownCodes.push_back(codes[i]);
+                                             });
+        if (result.NotSuccessful()) return result;
+        std::vector<Group> split(nominal.GetNumUniqueDiscreteValues());
+        std::size_t missing = 0, bad = 0;
+        result = gather(missing, bad, QVRowNumbers(known),
+                        [&](std::size_t i) -> Group& { return split[knownCodes[i]]; });
+        numMissing += missing;
+        numBad += bad;
+        if (result.NotSuccessful()) return result;
+        categories = nominal.GetUniqueDiscreteValues();
+        groups = std::move(split);
+        return result;
+      });
+}
+
 /// A column as a sample for the tests of independence.
 struct Sample {
   Values data;
@@ -243,7 +278,7 @@ QVStatModelResult GetSamples(const char* where, Sample& first, Sample& second,
   return result.IsSuccessful() ? GetSample(where, second, *cols[1], rows) : result;
 }
 
-/// Extracts a column's clean values and hands them to a plot routine.
+/// Extracts a column's clean values and hands them to a plot routine, which may have a result.
 template <class Plot>
 QVStatModelResult PlotColumn(const char* where, const QVDataTable& table,
                              const std::string& colName, std::size_t subCol, Plot plot) {
@@ -252,7 +287,10 @@ QVStatModelResult PlotColumn(const char* where, const QVDataTable& table,
   QVStatModelResult result =
       QVGetVecOfDataFromColumnOfRatioType(values, numMissing, numBad, table, colName, subCol);
   if (QVFailedIn(result, where)) return result;
-  plot(values);
+  if constexpr (std::is_void_v<decltype(plot(values))>)
+    plot(values);
+  else
+    result = plot(values);
   return result;
 }
 
@@ -355,43 +393,40 @@ QVStatModelResult QVGetPairedVecsOfDataFromTwoColumnsOfRatioType(
   return result;
 }
 
+QVStatModelResult QVGetDataSplitByNominalColumn(
+    std::vector<std::string>& categories, std::vector<Values>& values, std::size_t& numMissing,
+    std::size_t& numBad, const QVDataTable& table, const std::string& colName,
+    const std::string& nominalName, std::size_t subCol) {
+  const char* const where = "QVGetDataSplitByNominalColumn";
+  return SplitByCategory(
+      where, categories, values, numMissing, numBad, table, nominalName,
+      [&](std::size_t& missing, std::size_t& bad, const QVRowNumbers& rows, auto groupOf) {
+        QVStatModelResult result(true);
+        const QVDataTableCol& col = table.GetColumnFromName(result, colName);
+        if (QVFailedIn(result, where)) return result;
+        const Values x = col.GetDoubles(rows, subCol);
+        return WalkCells(where, missing, bad, col, subCol, QVStatVariableType::Ratio, rows,
+                         [&](std::size_t i) { groupOf(i).push_back(x[i]); });
+      });
+}
+
 QVStatModelResult QVGetPairedDataSplitByNominalColumn(
     std::vector<std::string>& categories, std::vector<Pairs>& pairs, std::size_t& numMissing,
     std::size_t& numBad, const QVDataTable& table, const std::string& nameOne,
     const std::string& nameTwo, const std::string& nominalName, std::size_t elemOne,
     std::size_t elemTwo) {
   const char* const where = "QVGetPairedDataSplitByNominalColumn";
-  categories.clear();
-  pairs.clear();
-  numMissing = numBad = 0;
-  return WithColumn(
-      where, table, nominalName, [&](const QVDataTableCol& nominal, const QVRowNumbers& rows) {
-        // The rows whose category is known, then the pairs of these.
-        std::vector<std::size_t> known;
-        std::vector<unsigned int> codes(rows.size()), knownCodes;
-        nominal.GetImpl()->GetUnsigneds(rows, 0, codes.data());
-        QVStatModelResult result = WalkCells(where, numMissing, numBad, nominal, 0,
-                                             QVStatVariableType::Nominal, rows, [&](std::size_t i) {
-                                               known.push_back(rows[i]);
-                                               knownCodes.push_back(codes[i]);
-                                             });
-        if (result.NotSuccessful()) return result;
+  return SplitByCategory(
+      where, categories, pairs, numMissing, numBad, table, nominalName,
+      [&](std::size_t& missing, std::size_t& bad, const QVRowNumbers& rows, auto groupOf) {
+        QVStatModelResult result(true);
         const QVDataTableCol& one = table.GetColumnFromName(result, nameOne);
         if (QVFailedIn(result, where)) return result;
         const QVDataTableCol& two = table.GetColumnFromName(result, nameTwo);
         if (QVFailedIn(result, where)) return result;
-        const QVRowNumbers knownRows(known);
-        const Values x = one.GetDoubles(knownRows, elemOne), y = two.GetDoubles(knownRows, elemTwo);
-        std::vector<Pairs> split(nominal.GetNumUniqueDiscreteValues());
-        std::size_t missing, bad;
-        result = WalkPairs(where, missing, bad, one, two, elemOne, elemTwo, knownRows,
-                           [&](std::size_t i) { split[knownCodes[i]].emplace_back(x[i], y[i]); });
-        numMissing += missing;
-        numBad += bad;
-        if (result.NotSuccessful()) return result;
-        categories = nominal.GetUniqueDiscreteValues();
-        pairs = std::move(split);
-        return result;
+        const Values x = one.GetDoubles(rows, elemOne), y = two.GetDoubles(rows, elemTwo);
+        return WalkPairs(where, missing, bad, one, two, elemOne, elemTwo, rows,
+                         [&](std::size_t i) { groupOf(i).emplace_back(x[i], y[i]); });
       });
 }
 
@@ -628,14 +663,35 @@ QVStatModelResult QVGetNormalProbabilityPlotPointsForColumnName(
     QVMath::QVDataSeries& series, double& xmin, double& xmax, double& ymin, double& ymax,
     const QVDataTable& table, const std::string& colName, std::size_t subCol, double xmin0,
     double xmax0, double ymin0, double ymax0) {
-  const char* const where = "QVGetNormalProbabilityPlotForColumnName";
-  QVStatModelResult plotted(true);
-  const QVStatModelResult result = PlotColumn(where, table, colName, subCol, [&](Values& x) {
-    std::sort(x.begin(), x.end());
-    plotted = QVGetNormalProbabilityPlotPointsForSortedData(series, xmin, xmax, ymin, ymax, x,
-                                                            xmin0, xmax0, ymin0, ymax0);
-  });
-  return result.IsSuccessful() ? plotted : result;
+  return PlotColumn("QVGetNormalProbabilityPlotForColumnName", table, colName, subCol,
+                    [&](Values& x) {
+                      std::sort(x.begin(), x.end());
+                      return QVGetNormalProbabilityPlotPointsForSortedData(
+                          series, xmin, xmax, ymin, ymax, x, xmin0, xmax0, ymin0, ymax0);
+                    });
+}
+
+QVStatModelResult QVGetAutoDefConstBinWidthHistPlotPtsConfidenceInt(
+    QVMath::QVDataSeries& series, QVMath::QVDataSeries& lower, QVMath::QVDataSeries& upper,
+    double& xmin, double& xmax, double& ymin, double& ymax, const QVDataTable& table,
+    const std::string& colName, std::size_t subCol, double lo, double hi, double level) {
+  return PlotColumn("QVGetAutoDefConstBinWidthHistPlotPtsConfidenceInt", table, colName, subCol,
+                    [&](const Values& x) {
+                      return QVGetAutoDefConstBinWidthHistPlotPtsConfidenceInt(
+                          series, lower, upper, xmin, xmax, ymin, ymax, x, lo, hi, level);
+                    });
+}
+
+QVStatModelResult QVGetUserDefConstBinWidthHistPlotPtsConfidenceInt(
+    QVMath::QVDataSeries& series, QVMath::QVDataSeries& lower, QVMath::QVDataSeries& upper,
+    double& xmin, double& xmax, double& ymin, double& ymax, const QVDataTable& table,
+    const std::string& colName, std::size_t subCol, std::size_t numBins, double lo, double hi,
+    double level) {
+  return PlotColumn("QVGetUserDefConstBinWidthHistPlotPtsConfidenceInt", table, colName, subCol,
+                    [&](const Values& x) {
+                      return QVGetUserDefConstBinWidthHistPlotPtsConfidenceInt(
+                          series, lower, upper, xmin, xmax, ymin, ymax, x, numBins, lo, hi, level);
+                    });
 }
 
 QVStatModelResult QVGetScatterPlotPointsForTwoColumnNames(

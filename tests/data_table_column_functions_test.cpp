@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <functional>
 
+#include "stats/api/data_plot_points.h"
 #include "stats/api/data_vector_functions.h"
 #include "stats/api/data_vector_independence.h"
 #include "stats/api/data_vector_pairs.h"
@@ -119,6 +121,14 @@ TEST_F(ColumnFunctions, GatherAndSplitPairs) {
   EXPECT_EQ(ofA, (Pairs{{6, 21}}));
   EXPECT_EQ(ofB, (Pairs{{1, 3}, {4, 12}}));
 
+  std::vector<Values> groups;
+  EXPECT_TRUE(QVGetDataSplitByNominalColumn(categories, groups, numMissing_, numBad_, table_, "x",
+                                            "group", 0)
+                  .IsSuccessful());
+  EXPECT_EQ(categories, (Texts{"a", "b"}));
+  EXPECT_EQ(groups, (std::vector<Values>{{2, 6}, {1, 4}}));
+  EXPECT_EQ(std::make_pair(numMissing_, numBad_), std::make_pair(std::size_t{1}, std::size_t{1}));
+
   std::vector<std::pair<std::string, std::size_t>> frequencies;
   EXPECT_TRUE(
       QVGetOutcomeFrequenciesOfNominalColumn(frequencies, numMissing_, numBad_, table_, "group", 0)
@@ -151,6 +161,165 @@ TEST_F(ColumnFunctions, StatisticsOfColumns) {
   EXPECT_EQ(QVGetTwoSampleIndepStatForTwoColumnsOfRatioType(result_, 1, table_, "x", "y"),
             expected);
   EXPECT_TRUE(result_.IsSuccessful());
+}
+
+TEST_F(ColumnFunctions, TestsOfHypotheses) {
+  namespace Two = QVTwoSampleTestType;
+  const auto kTwoSided = QVTestAlternative::TwoSided;
+  const Values x = {1, 2, 4, 6}, y = {3, 12, 9, 21};
+  const auto expectSame = [&](const QVTestOutcome& a, const QVTestOutcome& b) {
+    EXPECT_TRUE(result_.IsSuccessful());
+    EXPECT_NE(a.pValue, BadDouble);
+    EXPECT_EQ(a.statistic, b.statistic);
+    EXPECT_EQ(a.pValue, b.pValue);
+  };
+  const auto expectCounts = [&](std::size_t missing, std::size_t bad) {
+    EXPECT_EQ(std::make_pair(numMissing_, numBad_), std::make_pair(missing, bad));
+  };
+  expectSame(QVGetTwoSampleTestForTwoColumnsOfRatioType(result_, numMissing_, numBad_, Two::WelchT,
+                                                        kTwoSided, table_, "x", "y", 0, 0),
+             QVGetTwoSampleTestForDataVecs(result_, Two::WelchT, kTwoSided, x, y));
+  expectCounts(3, 1);
+  expectSame(QVGetTwoSampleTestSplitByNominalColumn(result_, numMissing_, numBad_, Two::WelchT,
+                                                    kTwoSided, table_, "x", "group", "b", "a", 0),
+             QVGetTwoSampleTestForDataVecs(result_, Two::WelchT, kTwoSided, {1, 4}, {2, 6}));
+  expectCounts(1, 1);
+  expectSame(QVGetPairedTestForTwoColumnsOfRatioType(result_, numMissing_, numBad_,
+                                                     QVPairedTestType::SignedRank, kTwoSided,
+                                                     table_, "x", "y", 0, 0),
+             QVGetPairedTestForDataPairVec(result_, QVPairedTestType::SignedRank, kTwoSided,
+                                           {{1, 3}, {4, 12}, {6, 21}}));
+  expectCounts(2, 1);
+  const QVUniVarPDF pdf = QVUnivariateGaussian("x", 3.0, 1.0, result_);
+  expectSame(QVGetKolmogorovSmirnovTestForColumnOfRatioType(result_, numMissing_, numBad_,
+                                                            kTwoSided, pdf, table_, "x", 0),
+             QVGetKolmogorovSmirnovTestForDataVec(result_, kTwoSided, x, pdf));
+  expectCounts(1, 1);
+
+  QVGetTwoSampleTestSplitByNominalColumn(result_, numMissing_, numBad_, Two::WelchT, kTwoSided,
+                                         table_, "x", "group", "b", "c", 0);
+  EXPECT_THAT(result_,
+              FailedAlong(Failure::NameNotFound, Texts{"QVGetTwoSampleTestSplitByNominalColumn"},
+                          Texts{"Column: group: no category: c"}));
+  Add(QVDataTableCol("constant", Values(6, 0.1), 1, false));
+  const auto outcome = QVGetTwoSampleTestForTwoColumnsOfRatioType(
+      result_, numMissing_, numBad_, Two::RankSum, kTwoSided, table_, "constant", "constant", 0, 0);
+  EXPECT_EQ(outcome.pValue, BadDouble);
+  EXPECT_THAT(result_, FailedAlong(Failure::ArgumentValueWrong,
+                                   (Texts{"QVGetTwoSampleTestForDataVecs",
+                                          "QVGetTwoSampleTestForTwoColumnsOfRatioType"}),
+                                   Texts{"All values are equal"}));
+}
+
+// Every routine on a column that is not there, of another level, without values, and without rows.
+TEST_F(ColumnFunctions, BadColumns) {
+  QVMath::QVRanNumEngine engine(1);
+  QVMath::QVDataSeries series, lower, upper;
+  double xmin, xmax, ymin, ymax;
+  Values values;
+  Pairs pairs;
+  std::vector<Values> groups;
+  std::vector<Pairs> pairGroups;
+  Texts categories;
+  QVDataTableCol packed;
+  const QVUniVarPDF pdf = QVUnivariateGaussian("x", 0.0, 1.0, result_);
+  const auto kTwoSided = QVTestAlternative::TwoSided;
+  std::size_t &m = numMissing_, &b = numBad_;
+  using Table = const QVDataTable&;
+  using Name = const std::string&;
+  // A statistic that fails is the bad double.
+  const auto expectBad = [this](double value) {
+    EXPECT_EQ(value, BadDouble);
+    return result_;
+  };
+  const std::function<QVStatModelResult(Table, Name)> routines[] = {
+      [&](Table t, Name c) { return QVGetVecOfDataFromColumnOfRatioType(values, m, b, t, c, 0); },
+      [&](Table t, Name c) {
+        return QVGetVecOfPairedDataFromTwoColumnsOfRatioType(pairs, m, b, t, "x", c, 0, 0);
+      },
+      [&](Table t, Name c) {
+        return QVGetDataSplitByNominalColumn(categories, groups, m, b, t, c, "group", 0);
+      },
+      [&](Table t, Name c) {
+        return QVGetPairedDataSplitByNominalColumn(categories, pairGroups, m, b, t, c, "x", "group",
+                                                   0, 0);
+      },
+      [&](Table t, Name c) { return QVPackColumnOfRatioType(packed, m, b, t, c, 0); },
+      [&](Table t, Name c) {
+        return expectBad(QVGetSampleStatisticForColumnOfRatioType(result_, m, b, 1, t, c, 0));
+      },
+      [&](Table t, Name c) {
+        return expectBad(
+            QVGetTwoSampleStatisticForTwoColumnsOfRatioType(result_, m, b, 1, t, c, "x", 0, 0));
+      },
+      [&](Table t, Name c) {
+        return expectBad(
+            QVGetTwoSamplePairStatisticForTwoColumnsOfRatioType(result_, m, b, 1, t, "x", c, 0, 0)
+                .first);
+      },
+      [&](Table t, Name c) {
+        return expectBad(QVGetTwoSampleIndepStatForTwoColumnsOfRatioType(result_, 2, t, "x", c));
+      },
+      [&](Table t, Name c) {
+        return expectBad(QVGetPValueForTwoSampleIndepStatForTwoColumnsOfRatioType(result_, engine,
+                                                                                  5, 2, t, "x", c));
+      },
+      [&](Table t, Name c) {
+        return expectBad(
+            QVGetTwoSampleTestForTwoColumnsOfRatioType(result_, m, b, 1, kTwoSided, t, "x", c, 0, 0)
+                .pValue);
+      },
+      [&](Table t, Name c) {
+        return expectBad(QVGetTwoSampleTestSplitByNominalColumn(result_, m, b, 1, kTwoSided, t, c,
+                                                                "group", "a", "b", 0)
+                             .pValue);
+      },
+      [&](Table t, Name c) {
+        return expectBad(
+            QVGetPairedTestForTwoColumnsOfRatioType(result_, m, b, 1, kTwoSided, t, c, "x", 0, 0)
+                .pValue);
+      },
+      [&](Table t, Name c) {
+        return expectBad(
+            QVGetKolmogorovSmirnovTestForColumnOfRatioType(result_, m, b, kTwoSided, pdf, t, c, 0)
+                .pValue);
+      },
+      [&](Table t, Name c) {
+        return QVGetEmpiricalCDFPlotPointsForColumnName(series, xmin, xmax, t, c, 0, 0, 1);
+      },
+      [&](Table t, Name c) {
+        return QVGetAutoDefConstBinWidthHistPlotPointsForColName(series, xmin, xmax, ymin, ymax, t,
+                                                                 c, 0, 0, 1);
+      },
+      [&](Table t, Name c) {
+        return QVGetAutoDefConstBinWidthHistPlotPtsConfidenceInt(series, lower, upper, xmin, xmax,
+                                                                 ymin, ymax, t, c, 0, 0, 1, 0.9);
+      },
+      [&](Table t, Name c) {
+        return QVGetUserDefConstBinWidthHistPlotPtsConfidenceInt(series, lower, upper, xmin, xmax,
+                                                                 ymin, ymax, t, c, 0, 4, 0, 1, 0.9);
+      },
+      [&](Table t, Name c) {
+        return QVGetNormalProbabilityPlotPointsForColumnName(series, xmin, xmax, ymin, ymax, t, c,
+                                                             0, 0, 0, 0, 0);
+      },
+      [&](Table t, Name c) {
+        return QVGetScatterPlotPointsForTwoColumnNames(series, xmin, xmax, ymin, ymax, t, c, "y", 0,
+                                                       0, 0, 0, 0, 0);
+      },
+  };
+  const QVDataTable noRows("no rows", table_, QVDataTableRowSet(std::vector<std::size_t>{}));
+  std::size_t position = 0;
+  for (const auto& routine : routines) {
+    SCOPED_TRACE(position++);
+    EXPECT_EQ(routine(table_, "absent").GetFailureType(), Failure::ColumnNotFound);
+    EXPECT_EQ(routine(table_, "group").GetFailureType(), Failure::ColumnHasWrongDataType);
+    EXPECT_EQ(routine(table_, "none").GetFailureType(), Failure::NoData);
+    EXPECT_EQ(routine(noRows, "y").GetFailureType(), Failure::NoData);
+  }
+  EXPECT_EQ(
+      QVGetDataSplitByNominalColumn(categories, groups, m, b, table_, "x", "y", 0).GetFailureType(),
+      Failure::ColumnHasWrongDataType);
 }
 
 TEST(SimilarityColumn, RowsAndEigenvalues) {
@@ -198,12 +367,55 @@ TEST_F(ColumnFunctions, PlotPoints) {
                                                             "x", 0, 0, 0, 0, 0)
                   .IsSuccessful());
   EXPECT_EQ(series.GetNumPoints(), 4u);
+  // The outlines of x, 1 2 4 6 in two bins of width 2.5, and of its band.
+  QVMath::QVDataSeries lower, upper;
+  EXPECT_TRUE(QVGetUserDefConstBinWidthHistPlotPtsConfidenceInt(
+                  series, lower, upper, xmin, xmax, ymin, ymax, table_, "x", 0, 2, 1, 6, 0.9)
+                  .IsSuccessful());
+  EXPECT_EQ(series.GetNumPoints() + lower.GetNumPoints() + upper.GetNumPoints(), 21u);
+  EXPECT_THAT(ymax, IsCloseTo(0.902388537113585576 / 2.5, 1e-14));
   const QVStatModelResult failed = QVGetUserDefConstFreqHistPlotPointsForColName(
       series, xmin, xmax, ymin, ymax, table_, "none", 0, 5, 1, 6);
   EXPECT_THAT(failed, FailedAlong(Failure::NoData,
                                   (Texts{"QVGetVecOfDataFromColumnOfRatioType",
                                          "QVGetUserDefConstBinWidthHistPlotPointsForColName"}),
                                   Texts{}));
+}
+
+// R 4.2.2, binom.test(k, 4, conf.level = 0.9)$conf.int for k = 0, 1, 3, 4.
+TEST(HistogramBand, HoldsTheLimitsOfClopperAndPearson) {
+  QVMath::QVDataSeries series, lower, upper;
+  double xmin, xmax, ymin, ymax;
+  const auto getHeights = [](const QVMath::QVDataSeries& outline) {
+    Values heights;
+    for (std::size_t i = 1; i < outline.GetNumPoints(); i += 3)
+      heights.push_back(outline.GetPoint(i).GetY());
+    return heights;
+  };
+  const auto plot = [&](const Values& data, std::size_t numBins, double level) {
+    return QVGetUserDefConstBinWidthHistPlotPtsConfidenceInt(series, lower, upper, xmin, xmax, ymin,
+                                                             ymax, data, numBins, 10, 0, level);
+  };
+  const auto expectHeights = [&](const Values& low, const Values& middle, const Values& high) {
+    using testing::Pointwise;
+    EXPECT_THAT(getHeights(lower), Pointwise(testing::DoubleNear(1e-15), low));
+    EXPECT_THAT(getHeights(series), Pointwise(testing::DoubleNear(1e-15), middle));
+    EXPECT_THAT(getHeights(upper), Pointwise(testing::DoubleNear(1e-15), high));
+  };
+  ASSERT_TRUE(plot({9, 0, 1, 2}, 3, 0.9).IsSuccessful());  // bins of width 3
+  expectHeights({0.24860462573018144 / 3, 0, 0.012741455098566187 / 3}, {0.25, 0, 0.25 / 3},
+                {0.98725854490143383 / 3, 0.52712919549841197 / 3, 0.751395374269818395 / 3});
+  EXPECT_EQ(ymax, getHeights(upper)[0]);
+  ASSERT_TRUE(QVGetAutoDefConstBinWidthHistPlotPtsConfidenceInt(series, lower, upper, xmin, xmax,
+                                                                ymin, ymax, {7, 7, 7, 7}, 7, 7, 0.9)
+                  .IsSuccessful());
+  expectHeights({0.47287080450158786}, {1}, {1});
+  ASSERT_TRUE(plot({}, 3, 0.9).IsSuccessful());
+  EXPECT_EQ(series.GetNumPoints() + lower.GetNumPoints() + upper.GetNumPoints(), 0u);
+  for (const double level : {0.0, 1.0, std::nan("")})
+    EXPECT_THAT(plot({1, 2}, 3, level),
+                FailedWith(Failure::ArgumentOutOfRange,
+                           "QVGetUserDefConstBinWidthHistPlotPtsConfidenceInt"));
 }
 
 }  // namespace

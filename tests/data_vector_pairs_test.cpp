@@ -25,26 +25,6 @@ std::pair<double, double> GetPair(unsigned int code, const Pairs& pairs) {
   return QVTwoSamplePairStatistic(code).GetPairStatistic(pairs);
 }
 
-// The NIST StRD set Norris (y, x) and its certified values.
-constexpr double kNorris[][2] = {
-    {0.1, 0.2},     {338.8, 337.4}, {118.1, 118.2}, {888.0, 884.6}, {9.2, 10.1},    {228.1, 226.5},
-    {668.5, 666.3}, {998.5, 996.3}, {449.1, 448.6}, {778.9, 777.0}, {559.2, 558.2}, {0.3, 0.4},
-    {0.1, 0.6},     {778.1, 775.5}, {668.8, 666.9}, {339.3, 338.0}, {448.9, 447.5}, {10.8, 11.6},
-    {557.7, 556.0}, {228.3, 228.1}, {998.0, 995.8}, {888.8, 887.6}, {119.6, 120.2}, {0.3, 0.3},
-    {0.6, 0.3},     {557.6, 556.8}, {339.3, 339.1}, {888.0, 887.2}, {998.5, 999.0}, {778.9, 779.0},
-    {10.2, 11.1},   {117.6, 118.3}, {228.9, 229.2}, {668.4, 669.1}, {449.2, 448.9}, {0.2, 0.5}};
-
-TEST(PairStatistics, MeetTheCertifiedNorrisValues) {
-  Pairs pairs;
-  for (const auto& row : kNorris) pairs.emplace_back(row[1], row[0]);
-  const auto [intercept, slope] = GetPair(PairType::OLSRegression, pairs);
-  EXPECT_THAT(intercept, IsCloseTo(-0.262323073774029, 1e-11));
-  EXPECT_THAT(slope, IsCloseTo(1.00211681802045, 1e-14));
-  EXPECT_THAT(Get(Type::RegressionSlope, pairs), IsCloseTo(1.00211681802045, 1e-14));
-  EXPECT_THAT(Get(Type::RSquared, pairs), IsCloseTo(0.999993745883712, 1e-14));
-  EXPECT_THAT(Get(Type::PearsonCorrelation, pairs), IsCloseTo(std::sqrt(0.999993745883712), 1e-14));
-}
-
 // Shifted far from 0 the line stays: the moments are taken about the means.
 TEST(PairStatistics, KeepTheirDigitsFarFromZero) {
   Pairs pairs;

@@ -70,6 +70,24 @@ QVSTATS_EXPORT void QVGetUserDefinedConstFreqHistPlotPoints(
     const std::vector<double>& data, std::size_t numBins, double lo, double hi);
 /// @}
 
+/// \name Histogram outlines with confidence bands
+/// `lower` and `upper` are the outlines of the limits of each bin's density: those of the
+/// probability of a bin that k of n values fell into, over the bin width. Each bin by itself holds
+/// the density, averaged over the bin, with at least the probability `level`. ymax is the largest
+/// upper limit. Fails with ArgumentOutOfRange unless the level is inside (0, 1); the series are
+/// then empty. Source: C. J. Clopper, E. S. Pearson, "The Use of Confidence or Fiducial Limits
+/// Illustrated in the Case of the Binomial", Biometrika 26(4), 1934, doi:10.1093/biomet/26.4.404.
+/// @{
+QVSTATS_EXPORT QVStatModelResult QVGetAutoDefConstBinWidthHistPlotPtsConfidenceInt(
+    QVMath::QVDataSeries& series, QVMath::QVDataSeries& lower, QVMath::QVDataSeries& upper,
+    double& xmin, double& xmax, double& ymin, double& ymax, const std::vector<double>& data,
+    double lo, double hi, double level);
+QVSTATS_EXPORT QVStatModelResult QVGetUserDefConstBinWidthHistPlotPtsConfidenceInt(
+    QVMath::QVDataSeries& series, QVMath::QVDataSeries& lower, QVMath::QVDataSeries& upper,
+    double& xmin, double& xmax, double& ymin, double& ymax, const std::vector<double>& data,
+    std::size_t numBins, double lo, double hi, double level);
+/// @}
+
 /// Standardised values against the standard normal percentiles at (i - 1/3) / (n + 1/3): a straight
 /// line for normal data. Values are standardised by the robust centre and scale of
 /// QVGetCenterAndScale. The ranges start at the four given values and are widened to the points.

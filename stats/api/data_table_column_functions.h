@@ -21,6 +21,7 @@
 #include "platform/math/data_series.h"
 #include "platform/math/random.h"
 #include "stats/api/data_table.h"
+#include "stats/api/data_vector_hypothesis.h"
 #include "stats/api/export.h"
 #include "stats/api/stat_model.h"
 
@@ -75,8 +76,13 @@ QVSTATS_EXPORT QVStatModelResult QVGetPairedVecsOfDataFromTwoColumnsOfRatioType(
     std::size_t& numBad, const QVDataTable& table, const std::string& nameOne,
     const std::string& nameTwo, std::size_t elemOne, std::size_t elemTwo);
 
-/// The pairs of values of two ratio columns, one vector for each category of a nominal column (in
-/// the order of the codes). Rows where any of the three cells is missing or bad are counted.
+/// The values of a ratio column, one vector for each category of a nominal column (in the order of
+/// the codes). Rows where either cell is missing or bad are counted.
+QVSTATS_EXPORT QVStatModelResult QVGetDataSplitByNominalColumn(
+    std::vector<std::string>& categories, std::vector<std::vector<double>>& values,
+    std::size_t& numMissing, std::size_t& numBad, const QVDataTable& table,
+    const std::string& colName, const std::string& nominalName, std::size_t subCol);
+/// The same with the pairs of values of two ratio columns.
 QVSTATS_EXPORT QVStatModelResult QVGetPairedDataSplitByNominalColumn(
     std::vector<std::string>& categories,
     std::vector<std::vector<std::pair<double, double>>>& pairs, std::size_t& numMissing,
@@ -162,6 +168,35 @@ QVSTATS_EXPORT double QVGetPValueForTwoSampleIndepStatForTwoColumnsOfRatioType(
     const std::string& nameTwo);
 /// @}
 
+/// \name Tests of hypotheses
+/// Those of stats/api/data_vector_hypothesis.h; their failures are passed on.
+/// @{
+
+/// A code of QVTwoSampleTestType for the values of two columns, each without its own missing and
+/// bad cells, whose counts are added: a row need not be complete.
+QVSTATS_EXPORT QVTestOutcome QVGetTwoSampleTestForTwoColumnsOfRatioType(
+    QVStatModelResult& result, std::size_t& numMissing, std::size_t& numBad, unsigned int code,
+    QVTestAlternative alternative, const QVDataTable& table, const std::string& nameOne,
+    const std::string& nameTwo, std::size_t elemOne, std::size_t elemTwo);
+/// The same for the values of one column in the rows of two categories of a nominal column. Counts
+/// are those of QVGetDataSplitByNominalColumn. NameNotFound: not a category.
+QVSTATS_EXPORT QVTestOutcome QVGetTwoSampleTestSplitByNominalColumn(
+    QVStatModelResult& result, std::size_t& numMissing, std::size_t& numBad, unsigned int code,
+    QVTestAlternative alternative, const QVDataTable& table, const std::string& colName,
+    const std::string& nominalName, const std::string& categoryOne, const std::string& categoryTwo,
+    std::size_t subCol);
+/// A code of QVPairedTestType for the rows where both cells are there.
+QVSTATS_EXPORT QVTestOutcome QVGetPairedTestForTwoColumnsOfRatioType(
+    QVStatModelResult& result, std::size_t& numMissing, std::size_t& numBad, unsigned int code,
+    QVTestAlternative alternative, const QVDataTable& table, const std::string& nameOne,
+    const std::string& nameTwo, std::size_t elemOne, std::size_t elemTwo);
+/// A column against a distribution.
+QVSTATS_EXPORT QVTestOutcome QVGetKolmogorovSmirnovTestForColumnOfRatioType(
+    QVStatModelResult& result, std::size_t& numMissing, std::size_t& numBad,
+    QVTestAlternative alternative, const QVUniVarPDF& pdf, const QVDataTable& table,
+    const std::string& colName, std::size_t subCol);
+/// @}
+
 /// \name Plot points
 /// The routines of stats/api/data_plot_points.h on the clean values of a ratio column.
 /// @{
@@ -185,6 +220,15 @@ QVSTATS_EXPORT QVStatModelResult QVGetNormalProbabilityPlotPointsForColumnName(
     QVMath::QVDataSeries& series, double& xmin, double& xmax, double& ymin, double& ymax,
     const QVDataTable& table, const std::string& colName, std::size_t subCol, double xmin0,
     double xmax0, double ymin0, double ymax0);
+QVSTATS_EXPORT QVStatModelResult QVGetAutoDefConstBinWidthHistPlotPtsConfidenceInt(
+    QVMath::QVDataSeries& series, QVMath::QVDataSeries& lower, QVMath::QVDataSeries& upper,
+    double& xmin, double& xmax, double& ymin, double& ymax, const QVDataTable& table,
+    const std::string& colName, std::size_t subCol, double lo, double hi, double level);
+QVSTATS_EXPORT QVStatModelResult QVGetUserDefConstBinWidthHistPlotPtsConfidenceInt(
+    QVMath::QVDataSeries& series, QVMath::QVDataSeries& lower, QVMath::QVDataSeries& upper,
+    double& xmin, double& xmax, double& ymin, double& ymax, const QVDataTable& table,
+    const std::string& colName, std::size_t subCol, std::size_t numBins, double lo, double hi,
+    double level);
 /// The pairs of values of two columns as points, and the ranges of both, widened from the four
 /// starting values.
 QVSTATS_EXPORT QVStatModelResult QVGetScatterPlotPointsForTwoColumnNames(

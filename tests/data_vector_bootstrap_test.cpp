@@ -131,7 +131,21 @@ TEST(Bootstrap, ConfidenceIntervals) {
             get(kPercentile, Type::Variance, skewed).second);
   EXPECT_EQ(get(kAccelerated, Type::Mean, {4, 4, 4}), std::make_pair(4.0, 4.0));
 
+  // The spatial test scores of Efron and Tibshirani, table 14.1. R 4.2.2, boot 1.3:
+  // boot.ci(boot(scores, function(x, i) sd of x[i] with divisor n, 20000), 0.9).
+  const Values scores = {48, 36, 20, 29, 42, 42, 20, 42, 22, 41, 45, 14, 6,
+                         0,  33, 28, 34, 4,  32, 24, 47, 41, 24, 26, 30, 41};
   double lower, upper;
+  const auto expectLimits = [&](QVBootstrapInterval kind, double low, double high) {
+    EXPECT_TRUE(QVGetBootstrapConfidenceInterval(lower, upper, engine, kind, 0.9,
+                                                 Type::RootMeanSquareDev, 0.0, scores, 20000)
+                    .IsSuccessful());
+    EXPECT_THAT(lower, IsCloseTo(low, 0.02));
+    EXPECT_THAT(upper, IsCloseTo(high, 0.01));
+  };
+  expectLimits(kPercentile, 9.94, 15.37);
+  expectLimits(kAccelerated, 10.78, 16.20);
+
   const auto fail = [&](double level, unsigned int code, const Values& data) {
     const auto result = QVGetBootstrapConfidenceInterval(lower, upper, engine, kAccelerated, level,
                                                          code, 0.0, data, 10);

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -85,7 +86,8 @@ TEST(Plot, CutsLinesAtItsFrame) {
   EXPECT_THAT(GetTexts(image), testing::Contains("far"));
 }
 
-TEST(Plot, OfAMillionPointsDrawsAsManyDotsAsCanBeTold) {
+// Dots as long as these can be told apart, else cells that are darkest where most points are.
+TEST(Plot, OfAMillionPointsIsAGridOfShades) {
   std::mt19937 engine(3);
   std::normal_distribution<double> normal;
   std::vector<double> x(1000000);
@@ -96,7 +98,19 @@ TEST(Plot, OfAMillionPointsDrawsAsManyDotsAsCanBeTold) {
   }
   QVImage image(400.0, 300.0);
   ASSERT_TRUE(QVPlot().AddPoints(x, y).AddLine(x, y).Render(image));
-  EXPECT_LT(Select(image, QVDrawing::Kind::Circle).size(), 200000u);
+  EXPECT_THAT(Select(image, QVDrawing::Kind::Circle), IsEmpty());
+  const auto cells = Select(image, QVDrawing::Kind::Polygon);
+  EXPECT_LT(cells.size(), 5000u);
+  const auto alphaOf = [](const QVDrawing* cell) { return cell->pen.GetFillColor().GetA(); };
+  const auto darkest = std::max_element(
+      cells.begin(), cells.end(),
+      [&](const QVDrawing* a, const QVDrawing* b) { return alphaOf(a) < alphaOf(b); });
+  EXPECT_NEAR((*darkest)->points[0].x, 215.0, 60.0) << "in the middle of the plot";
+  EXPECT_NEAR((*darkest)->points[0].y, 140.0, 60.0);
+
+  QVImage constant(400.0, 300.0);
+  ASSERT_TRUE(QVPlot().AddPoints(std::vector<double>(20000, 1.0), y).Render(constant));
+  EXPECT_GT(Select(constant, QVDrawing::Kind::Circle).size(), 10u) << "few places are dots";
 }
 
 TEST(Plot, WithNothingToShowOrNoRoomDrawsNothing) {

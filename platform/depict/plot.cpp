@@ -454,20 +454,67 @@ class QVPlot::Renderer {
     DrawRun(run, pen);
   }
 
+  /// One dot for each place that can be told apart; more places than can be looked at are drawn as
+  /// the cells of a grid.
   void DrawPoints(const Series& series) {
+    constexpr std::size_t kMostDots = 10000;
     const std::size_t count = std::min(series.x.size(), series.y.size());
     const double radius = size_ * (count > 2000 ? 0.12 : count > 200 ? 0.18 : 0.24);
     const QVPen pen = QVFillPen(WithAlpha(series.color, count > 200 ? 150 : 215));
-    // One dot for each place that can be told apart: a million points draw as fast as their
-    // picture.
-    std::unordered_set<std::uint64_t> taken;
     const double pitch = 0.5 * radius;
+    std::unordered_set<std::uint64_t> taken;
+    std::vector<QV2DPoint> inside, dots;
     for (std::size_t i = 0; i < count; ++i) {
       const QV2DPoint point = Map(series.x[i], series.y[i]);
       if (!IsInside(point)) continue;
+      inside.push_back(point);
       const auto column = static_cast<std::uint64_t>((point.x - left_ + 1.0) / pitch);
       const auto row = static_cast<std::uint64_t>((point.y - top_ + 1.0) / pitch);
-      if (taken.insert(column << 32u | row).second) image_.DrawCircle(point, radius, pen);
+      if (dots.size() <= kMostDots && taken.insert(column << 32u | row).second)
+        dots.push_back(point);
+    }
+    if (dots.size() > kMostDots) return DrawCells(inside, series.color);
+    for (const QV2DPoint& dot : dots) image_.DrawCircle(dot, radius, pen);
+  }
+
+  /// A grid of cells, the darker the more points one holds, by the logarithm of their number.
+  /// Neighbours of one shade are drawn as one rectangle. Cells of the only series are opaque and
+  /// reach below their neighbours to the right and underneath, so that no seam shows between them.
+  void DrawCells(const std::vector<QV2DPoint>& points, const QVColor& color) {
+    constexpr double kCell = 4.0;
+    constexpr int kShades = 6;
+    const bool isAlone = plot_.series_.size() == 1;
+    const double overlap = isAlone ? 0.5 : 0.0;
+    const double x0 = std::floor(left_);
+    const double y0 = std::floor(top_);
+    const auto numColumns = static_cast<std::size_t>((right_ - x0) / kCell) + 1;
+    std::vector<double> counts(numColumns * (static_cast<std::size_t>((bottom_ - y0) / kCell) + 1));
+    for (const QV2DPoint& point : points)
+      ++counts[static_cast<std::size_t>((std::clamp(point.y, top_, bottom_) - y0) / kCell) *
+                   numColumns +
+               static_cast<std::size_t>((std::clamp(point.x, left_, right_) - x0) / kCell)];
+    const double largest = std::log1p(*std::max_element(counts.begin(), counts.end()));
+    const auto shadeOf = [&](std::size_t i) {
+      return static_cast<int>(std::ceil(kShades * std::log1p(counts[i]) / largest - 1e-9));
+    };
+    for (std::size_t i = 0; i < counts.size();) {
+      const std::size_t row = i / numColumns;
+      std::size_t end = i + 1;
+      while (end < (row + 1) * numColumns && shadeOf(end) == shadeOf(i)) ++end;
+      const auto first = static_cast<double>(i - row * numColumns);
+      const auto last = static_cast<double>(end - row * numColumns);
+      const double top = y0 + kCell * static_cast<double>(row);
+      const QV2DPoint corner{std::max(left_, x0 + kCell * first), std::max(top_, top)};
+      const QV2DPoint opposite{std::min(right_, x0 + kCell * last + overlap),
+                               std::min(bottom_, top + kCell + overlap)};
+      const double share = 0.08 + 0.82 * shadeOf(i) / kShades;
+      const auto alpha = static_cast<std::uint8_t>(255.0 * share);
+      if (shadeOf(i) > 0)
+        image_.DrawRectangle(
+            corner, opposite,
+            QVFillPen(isAlone ? QVSystem::QVMixColors(QVSystem::QVWhite, color, share)
+                              : WithAlpha(color, alpha)));
+      i = end;
     }
   }
 

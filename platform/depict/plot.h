@@ -51,6 +51,8 @@ class QVDEPICT_EXPORT QVPlot {
   /// A step function that takes the value y[i] from x[i] on.
   QVPlot& AddSteps(const std::vector<double>& x, const std::vector<double>& y,
                    std::string label = "", OptionalColor color = {});
+  /// Dots. Where more than 10000 of them could be told apart, a grid of cells, the darker the more
+  /// points one holds, by the logarithm of their number: a million points make a small file.
   QVPlot& AddPoints(std::vector<double> x, std::vector<double> y, std::string label = "",
                     OptionalColor color = {});
   /// Bars between neighbouring edges, from 0 to their heights: `edges` has one more entry.

@@ -313,6 +313,56 @@ TEST_F(DirichletMixture, AgreesWithScikitLearnOnOldFaithful) {
   EXPECT_TRUE(result.IsSuccessful());
 }
 
+/// `count` quantiles of a Gaussian: a cluster without noise.
+void AddCluster(Values& data, double mean, double deviation, int count) {
+  for (int i = 0; i < count; ++i) {
+    const double z = -std::sqrt(2.0) * QVMath::QVerfcInverse(2.0 * (i + 0.5) / count);
+    data.push_back(mean + deviation * z);
+  }
+}
+
+// R's mclust 6.0, Mclust(G = 1:6, modelNames = "V"), picks 3 for both and gives these parameters
+// for the first; of scikit-learn's BayesianGaussianMixture with six components, three keep more
+// than 1 %.
+TEST_F(DirichletMixture, AgreesWithMclustOnSeparateClusters) {
+  const int sizes[][3] = {{100, 100, 100}, {100, 150, 50}};
+  for (const auto& size : sizes) {
+    Values data, weights, p;
+    AddCluster(data, 0.0, 1.0, size[0]);
+    AddCluster(data, 8.0, 1.2, size[1]);
+    AddCluster(data, 16.0, 1.4, size[2]);
+    std::vector<QVDirichletGaussGammaMixtureModel> models;
+    QVStatModelResult result;
+    FitDirichletGaussGammaMixtureModel(result, weights, models, 1, 6, "x", 1.0, data);
+    ASSERT_TRUE(result.IsSuccessful());
+    ASSERT_EQ(std::max_element(weights.begin(), weights.end()) - weights.begin(), 2) << size[2];
+    if (size[2] != 100) continue;  // the prior of a component is centred on a third of the data
+    ASSERT_TRUE(models[2].GetModelParams(p).IsSuccessful());
+    const double expected[][3] = {{0.33333107, -0.00001277771, 0.9936323},
+                                  {0.33328408, 8.00007242072, 1.1937550},
+                                  {0.33338484, 15.99865011082, 1.3941529}};
+    for (std::size_t k = 0; k < 3; ++k) {
+      EXPECT_NEAR(p[5 * k], expected[k][0], 0.002) << k;
+      EXPECT_NEAR(p[5 * k + 1], expected[k][1], 0.01) << k;
+      EXPECT_THAT(std::sqrt(p[5 * k + 4] / p[5 * k + 3]), IsCloseTo(expected[k][2], 0.01)) << k;
+    }
+  }
+}
+
+// R's mclust 6.0, Mclust(faithful$eruptions, G = 2, modelNames = "V") run to a tolerance of 1e-14:
+// the maximum of the likelihood, which frequentist parameters climb too.
+TEST(MixtureEngine, FindsTheMaximumLikelihoodOfMclust) {
+  const Values eruptions = TakeEvery(ReadNumbers("faithful.csv"), 0, 2);
+  QVOneDimGaussMixModel model("x", {Weight(0.5), Weight(0.5)}, {Gauss(2, 4), Gauss(4, 4)},
+                              eruptions);
+  for (int cycle = 0; cycle < 300; ++cycle) ASSERT_TRUE(model.DoOneFastEMCycle().IsSuccessful());
+  Values p;
+  ASSERT_TRUE(model.GetModelParams(p).IsSuccessful());
+  const double expected[] = {0.34840464114, 2.01860783367, 1 / 0.0555176316605,
+                             0.65159535886, 4.27334343697, 1 / 0.1910241730449};
+  for (std::size_t i = 0; i < p.size(); ++i) EXPECT_THAT(p[i], IsCloseTo(expected[i], 1e-5)) << i;
+}
+
 // An implementation in NumPy and SciPy that shares no line with this one: fitness and cycles for 1
 // to 6 components.
 TEST_F(DirichletMixture, FitnessesAndCyclesAgreeWithNumPy) {

@@ -10,10 +10,9 @@
 #include "apps/delimited_reader.h"
 #include "apps/outcome_labels.h"
 #include "apps/output_file.h"
+#include "apps/plot_output.h"
 #include "apps/prediction_summary.h"
 #include "apps/table_arguments.h"
-#include "platform/depict/image_writer.h"
-#include "platform/depict/plot.h"
 #include "platform/system/text.h"
 #include "stats/api/calcauc.h"
 
@@ -185,14 +184,11 @@ void DrawCurves(const AUCArguments& arguments, const std::vector<Ranking>& ranki
   }
   plot.AddLine({0.0, 1.0}, {0.0, 1.0}, "random (AUC 0.500)", QVSystem::QVGrey,
                QVDepict::QVStipple::Dash);
-  QVDepict::QVImage image(480.0, 480.0);
-  if (!plot.Render(image) || !QVDepict::QVWriteImage(arguments.plot, image))
-    throw Failure(arguments.plot + ": the plot could not be written");
+  WritePlot(arguments.plot, plot, 480.0, 480.0);
 }
 
 int CalculateAUC(const AUCArguments& arguments) {
-  if (!arguments.plot.empty() && !QVDepict::QVIsImageFileName(arguments.plot))
-    throw Failure(arguments.plot + ": a plot is a .pdf, .png or .svg file");
+  if (!arguments.plot.empty()) RequirePlotName(arguments.plot);
   std::size_t refused = 0;
   std::vector<Ranking> rankings = ReadRankings(arguments, refused);
   for (const auto& [scores, what] :

@@ -33,9 +33,11 @@ using AddCommand = void (*)(CLI::App& program, int& exitCode);
 // One declaration for each subcommand, a row of the table in main.cpp.
 void AddAUCCommand(CLI::App& program, int& exitCode);
 void AddClusterCommand(CLI::App& program, int& exitCode);
+void AddDescribeCommand(CLI::App& program, int& exitCode);
 void AddLogitCommand(CLI::App& program, int& exitCode);
 void AddPLSCommand(CLI::App& program, int& exitCode);
 void AddMixtureCommand(CLI::App& program, int& exitCode);
+void AddPlotCommand(CLI::App& program, int& exitCode);
 void AddPredictCommand(CLI::App& program, int& exitCode);
 void AddReportCommand(CLI::App& program, int& exitCode);
 void AddValidateCommand(CLI::App& program, int& exitCode);

@@ -16,11 +16,9 @@
 #include "apps/commands.h"
 #include "apps/delimited_reader.h"
 #include "apps/output_file.h"
-#include "platform/depict/image_writer.h"
-#include "platform/depict/plot.h"
+#include "apps/plot_output.h"
 #include "platform/system/diagnostic_stream.h"
 #include "platform/system/error_handler.h"
-#include "stats/api/data_plot_points.h"
 #include "stats/api/gaussian_mixture_model.h"
 
 namespace QVApps {
@@ -193,28 +191,18 @@ void WriteCurves(const std::string& path, const Curves& curves) {
 
 void DrawPlot(const Arguments& arguments, const Fit& fit, const Curves& curves,
               const Values& sorted) {
-  if (!QVDepict::QVIsImageFileName(arguments.plot))
-    throw Failure(arguments.plot + ": the plot's name must end in .png, .svg or .pdf");
-  constexpr double kMinBins = 5.0, kMaxBins = 200.0;
-  const double n = static_cast<double>(sorted.size());
-  const std::size_t numBins =
-      static_cast<std::size_t>(std::clamp(2.0 * std::cbrt(n) * 1.5, kMinBins, kMaxBins));
-  double least = sorted.front(), most = sorted.back(), low, high;
-  Values densities, edges;
-  QVGetUserDefinedConstBinWidthHistogram(least, most, low, high, densities, sorted, numBins, least,
-                                         most);
-  QVGetBinBoundariesForSortedData(edges, numBins, false, sorted, least, most);
+  // Twice as many bars as for a single hump, so that the components show.
+  const double low = sorted.front(), high = sorted.back();
+  const Histogram histogram =
+      MakeHistogram(sorted, 2 * ChooseNumBins(sorted, low, high), low, high);
   QVDepict::QVPlot plot;
   plot.SetTitle("Mixture " + fit.name + " of " + std::to_string(sorted.size()) + " values");
   plot.SetXLabel(arguments.column).SetYLabel("density");
-  plot.AddBars(edges, densities, "data", QVSystem::QVColor(205, 205, 205));
+  plot.AddBars(histogram.edges, histogram.densities, "data", QVSystem::QVColor(205, 205, 205));
   for (std::size_t k = 0; k < curves.components.size(); ++k)
     plot.AddLine(curves.x, curves.components[k], curves.names[k]);
   plot.AddLine(curves.x, curves.total, "mixture", QVSystem::QVColor(0, 0, 0));
-  QVDepict::QVImage image(720.0, 480.0);
-  plot.Render(image);
-  if (!QVDepict::QVWriteImage(arguments.plot, image))
-    throw Failure(arguments.plot + ": the plot could not be written");
+  WritePlot(arguments.plot, plot);
 }
 
 void WriteCalls(const Arguments& arguments, const DirGaussGammaMixForEmpiricalNullAlt& model,
@@ -294,6 +282,7 @@ void RunNullAlt(const Arguments& arguments, const Column& column) {
 }
 
 int Run(const Arguments& arguments) {
+  if (!arguments.plot.empty()) RequirePlotName(arguments.plot);
   const Column column = ReadColumn(arguments);
   std::ostream silent(nullptr);
   const QVSystem::QVScopedDiagnosticStream diagnostics(arguments.verbose ? std::cerr : silent);

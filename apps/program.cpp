@@ -17,9 +17,11 @@ namespace {
 constexpr AddCommand kCommands[] = {
     &AddAUCCommand,
     &AddClusterCommand,
+    &AddDescribeCommand,
     &AddLogitCommand,
     &AddPLSCommand,
     &AddMixtureCommand,
+    &AddPlotCommand,
     &AddPredictCommand,
     &AddReportCommand,
     &AddSimilarityCommand,

@@ -40,6 +40,7 @@ struct Arguments {
   std::string by;
   std::string fit;
   std::size_t numBins = 0;  // 0: by rule
+  double bandLevel = 0.0;   // 0: no bands
   double bandwidth = 0.0;   // 0: by rule
   bool isLogarithmic = false;
   bool isAgainstLogarithmic = false;
@@ -160,6 +161,27 @@ void AddFits(const Drawing& drawing, bool isCumulative, QVPlot& plot) {
   }
 }
 
+/// The confidence limits of each bar, as a band without the walls between the bars.
+void AddBand(const Drawing& drawing, const Group& group, std::size_t numBins, QVPlot& plot) {
+  const double level = drawing.arguments.bandLevel;
+  const auto [low, high] = MakePlotRange(drawing.least, drawing.most);
+  QVDataSeries outline, lower, upper;
+  double xmin, xmax, ymin, ymax;
+  CheckSucceeded(
+      drawing, group,
+      QVGetUserDefConstBinWidthHistPlotPtsConfidenceInt(
+          outline, lower, upper, xmin, xmax, ymin, ymax, group.values, numBins, low, high, level));
+  Values x, least, most;
+  for (std::size_t i = 0; i < upper.GetNumPoints(); ++i) {
+    if (i % 3 == 0) continue;  // the outline comes down to 0 after each bar
+    x.push_back(drawing.scale.From(upper.GetPoint(i).GetX()));
+    least.push_back(lower.GetPoint(i).GetY());
+    most.push_back(upper.GetPoint(i).GetY());
+  }
+  plot.AddBand(std::move(x), std::move(least), std::move(most),
+               QVSystem::QVFormat("%g %% confidence", 100.0 * level), QVSystem::QVBlack);
+}
+
 void DrawHistogram(const Drawing& drawing, QVPlot& plot) {
   const Arguments& arguments = drawing.arguments;
   const auto [low, high] = MakePlotRange(drawing.least, drawing.most);
@@ -172,6 +194,7 @@ void DrawHistogram(const Drawing& drawing, QVPlot& plot) {
     const Values edges = drawing.scale.From(histogram.edges);
     if (!drawing.HasGroups()) {
       plot.AddBars(edges, histogram.densities);
+      if (arguments.bandLevel > 0.0) AddBand(drawing, group, numBins, plot);
       continue;
     }
     // An outline without walls between the bars, so that several can be told apart.
@@ -260,7 +283,7 @@ struct Kind {
 
 const std::map<std::string, Kind>& GetKinds() {
   static const std::map<std::string, Kind> kinds = {
-      {"histogram", {DrawHistogram, {"--bins", "--fit"}, false}},
+      {"histogram", {DrawHistogram, {"--bins", "--bands", "--fit"}, false}},
       {"cdf", {DrawCDF, {"--fit"}, false}},
       {"normal", {DrawNormal, {}, true}},
       {"scatter", {DrawScatter, {"--against", "--log-against"}, true}},
@@ -271,6 +294,7 @@ const std::map<std::string, Kind>& GetKinds() {
 /// Throws Failure for an option that the kind does not take, or that it lacks.
 void CheckOptions(const Arguments& arguments) {
   const std::pair<const char*, bool> given[] = {{"--bins", arguments.numBins > 0},
+                                                {"--bands", arguments.bandLevel > 0.0},
                                                 {"--bandwidth", arguments.bandwidth > 0.0},
                                                 {"--fit", !arguments.fit.empty()},
                                                 {"--against", !arguments.against.empty()},
@@ -281,6 +305,8 @@ void CheckOptions(const Arguments& arguments) {
       throw Failure(std::string(option) + " is no option of --kind " + arguments.kind);
   if (arguments.kind == "scatter" && arguments.against.empty())
     throw Failure("--kind scatter needs the column of the other axis: --against");
+  if (arguments.bandLevel > 0.0 && !arguments.by.empty())
+    throw Failure("--bands and --by exclude each other: bands would cover the other groups");
 }
 
 /// The rows of each group; one without a name for all rows.
@@ -387,6 +413,10 @@ void AddPlotCommand(CLI::App& program, int& exitCode) {
   command->add_option("--against", arguments->against,
                       "The column on the horizontal axis (scatter)");
   command->add_option("--by", arguments->by, "A colour for each text in this column, at most 7");
+  command
+      ->add_option("--bands", arguments->bandLevel,
+                   "Also the limits of each bar at this level of confidence (histogram)")
+      ->check(CLI::Range(0.01, 0.9999));
   command->add_option("--bins", arguments->numBins, "How many bars (histogram)")
       ->check(CLI::Range(1, 10000));
   command

@@ -86,6 +86,8 @@ TEST_F(CommandLine, DrawsEveryKindOfPlot) {
   EXPECT_EQ(Run("plot --column y --fit gamma --title T --x-label X --out p.svg skewed.csv"), 0);
   for (const char* text : {">T<", ">X<", ">density<", ">gamma fit<"})
     EXPECT_THAT(Read("p.svg"), HasSubstr(text));
+  EXPECT_EQ(Run("plot --column y --bands 0.9 --out p.svg skewed.csv"), 0) << messages_;
+  EXPECT_THAT(Read("p.svg"), HasSubstr(">90 % confidence<"));
   EXPECT_EQ(Run("plot --column Y --out p.png two.csv"), 0) << "a name in any case";
   EXPECT_THAT(Read("p.png"), StartsWith("\x89PNG"));
 }
@@ -132,6 +134,7 @@ TEST_F(CommandLine, SaysWhatIsWrongWithAColumn) {
       {"plot --column y missing.csv", "missing.csv"},
       {"plot --column y --kind scatter ids.csv", "--against"},
       {"plot --column y --kind cdf --bins 5 ids.csv", "--bins is no option of --kind cdf"},
+      {"plot --column y --bands 0.9 --by id ids.csv", "--bands and --by exclude each other"},
       {"plot --column y --by id ids.csv", "'id' makes 8 groups; at most 7"},
       {"plot --column y --kind pie ids.csv", "pie"},
       {"plot --column y --fit beta ids.csv", "y: "},

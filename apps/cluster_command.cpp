@@ -11,6 +11,7 @@
 #include "apps/progress.h"
 #include "platform/likeness/fingerprint.h"
 #include "platform/system/error_handler.h"
+#include "platform/system/memory.h"
 #include "platform/system/text.h"
 #include "stats/api/snn_dirty.h"
 
@@ -99,7 +100,7 @@ NeighbourLists GetNeighboursBySubstructure(const ClusterArguments& arguments,
     progress.Step(done - before);
     before = done;
   });
-  info.InitSimilarity(mols);
+  if (!info.InitSimilarity(mols)) throw Failure("the molecules cannot be compared");
   return QVStats::QVGetNearestNeighbours(info.GetMatrix(), n, k);
 }
 
@@ -111,6 +112,11 @@ NeighbourLists GetNeighboursByFingerprint(const ClusterArguments& arguments,
   std::vector<QVLikeness::QVFingerPrint> fingerprints(n);
   for (std::size_t i = 0; i < n; ++i)
     QVLikeness::QVMakeFP(fingerprints[i], records[i].mol, type, false);
+  std::string problem;
+  if (const auto size = static_cast<double>(n);
+      !QVSystem::QVHasMemory(size * size * sizeof(double), problem))
+    throw Failure("the similarities of " + std::to_string(n) + " molecules " + problem +
+                  "; --by vsepr needs less");
   Progress progress("comparing", n, arguments.quiet);
   std::vector<double> matrix(n * n);
   for (std::size_t i = 0; i < n; ++i, progress.Step())

@@ -26,6 +26,9 @@ class Failure : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// The failure to write `what`, for the reason in errno.
+Failure CannotWrite(const std::string& what);
+
 /// A subcommand adds itself to the program: its options, its help with an example that works, and a
 /// callback that stores the exit code in `exitCode`.
 using AddCommand = void (*)(CLI::App& program, int& exitCode);

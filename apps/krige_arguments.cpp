@@ -11,6 +11,7 @@
 #include "apps/prediction_summary.h"
 #include "apps/progress.h"
 #include "platform/likeness/fingerprint.h"
+#include "platform/system/memory.h"
 #include "platform/system/text.h"
 
 namespace QVApps {
@@ -113,7 +114,8 @@ double ShowResponse(const KrigeArguments& arguments, double response) {
 }
 
 KrigePredictor::KrigePredictor(const KrigeArguments& arguments)
-    : driftTags_(arguments.drift),
+    : isGlobal_(arguments.local == 0),
+      driftTags_(arguments.drift),
       drift_(MakeDrift(arguments.drift)),
       distance_(MakeDistance(arguments.distance)),
       model_(MakeModel(arguments, distance_.get(), drift_)) {}
@@ -134,8 +136,14 @@ bool KrigePredictor::Prepare(QVChem::QVMolBase& mol, std::string& error) const {
 
 bool KrigePredictor::Train(const std::vector<const TrainingMolecule*>& molecules) {
   model_.Clear();
+  // Distances of all pairs, and a matrix; better refused now than after minutes of comparing.
+  const auto n = static_cast<double>(molecules.size());
+  std::string problem;
+  if (isGlobal_ && !QVSystem::QVHasMemory(1.5 * sizeof(double) * n * n, problem))
+    throw Failure("a model on all of " + std::to_string(molecules.size()) + " molecules " +
+                  problem + "; --local needs less");
   for (const TrainingMolecule* molecule : molecules)
-    model_.AddTraining(molecule->mol, molecule->value);
+    if (!model_.AddTraining(molecule->mol, molecule->value)) return false;
   return model_.Train();
 }
 

@@ -69,6 +69,7 @@ class KrigePredictor {
       const std::vector<const QVChem::QVMolBase*>& mols) const;
 
  private:
+  bool isGlobal_;
   std::vector<std::string> driftTags_;
   QVStats::QVSCMolPropertyList drift_;
   std::unique_ptr<QVStats::QVMolKrigeLikenessDistFxn> distance_;  // null for VSEPR fingerprints

@@ -1,3 +1,4 @@
+#include <csignal>
 #include <memory>
 
 #include "apps/program.h"
@@ -6,5 +7,8 @@
 
 int main(int argc, char** argv) {
   QVSystem::QVThrow.SetSink(std::make_shared<QVApps::ReportSink>());
+  // A pipe that nobody reads and a file that has reached its limit are then errors of the write.
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   return QVApps::RunProgram(argc, argv);
 }

@@ -1,12 +1,8 @@
 #include "apps/output_file.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <iostream>
 #include <utility>
 
@@ -15,40 +11,30 @@
 
 namespace QVApps {
 
+Failure CannotWrite(const std::string& what) {
+  return Failure("cannot write " + what + ": " + std::strerror(errno));
+}
+
 OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
-  if (IsStandardOutput()) return;
-  std::error_code error;
-  const auto status = std::filesystem::status(path_, error);
-  const bool isDevice =
-      std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
-  temporaryPath_ = isDevice ? path_ : path_ + ".part" + std::to_string(getpid());
-  file_.open(temporaryPath_, std::ios::binary);
-  if (!file_) throw Failure("cannot write " + path_ + ": " + std::strerror(errno));
+  if (path_ == "-") return;
+  file_.emplace(path_);
+  stream_.open(file_->GetTemporaryName(), std::ios::binary);
+  Check();
 }
 
-OutputFile::~OutputFile() {
-  if (IsStandardOutput() || committed_ || temporaryPath_ == path_) return;
-  file_.close();
-  std::remove(temporaryPath_.c_str());
-}
-
-std::ostream& OutputFile::GetStream() {
-  return IsStandardOutput() ? std::cout : static_cast<std::ostream&>(file_);
-}
+std::ostream& OutputFile::GetStream() { return file_ ? stream_ : std::cout; }
 
 void OutputFile::Check() {
-  if (!GetStream()) throw Failure("cannot write " + path_ + ": " + std::strerror(errno));
+  if (!GetStream()) throw CannotWrite(file_ ? path_ : "standard output");
 }
 
 void OutputFile::Commit() {
   GetStream().flush();
   Check();
-  if (IsStandardOutput()) return;
-  file_.close();
+  if (!file_) return;
+  stream_.close();
   Check();
-  if (temporaryPath_ != path_ && std::rename(temporaryPath_.c_str(), path_.c_str()) != 0)
-    throw Failure("cannot write " + path_ + ": " + std::strerror(errno));
-  committed_ = true;
+  if (!file_->Commit()) throw CannotWrite(path_);
 }
 
 std::string CsvField(std::string_view text) {

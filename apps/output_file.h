@@ -4,24 +4,21 @@
 #define QVSTATS_APPS_OUTPUT_FILE_H
 
 #include <fstream>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "platform/system/output_file.h"
+
 namespace QVApps {
 
-/// A text file that is written under a temporary name beside its own and renamed when it is
-/// complete; a run that fails leaves nothing behind. "-" is standard output; a device or a pipe is
-/// written to directly.
+/// The stream of a QVNewFile, which a run that fails leaves as it was; "-" is standard output.
 class OutputFile {
  public:
   /// Throws Failure when the file cannot be created.
   explicit OutputFile(std::string path);
-  /// Removes what was not committed.
-  ~OutputFile();
-  OutputFile(const OutputFile&) = delete;
-  OutputFile& operator=(const OutputFile&) = delete;
 
   std::ostream& GetStream();
   /// Throws Failure when something could not be written: a full disk, a closed pipe.
@@ -30,12 +27,9 @@ class OutputFile {
   void Commit();
 
  private:
-  bool IsStandardOutput() const { return path_ == "-"; }
-
   std::string path_;
-  std::string temporaryPath_;
-  std::ofstream file_;
-  bool committed_ = false;
+  std::optional<QVSystem::QVNewFile> file_;  // none for standard output
+  std::ofstream stream_;
 };
 
 /// A field of comma-separated values, quoted where RFC 4180 asks for it.

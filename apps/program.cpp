@@ -45,11 +45,19 @@ int Parse(int argc, const char* const* argv) {
   return exitCode;
 }
 
+/// Commands print to the standard output without a look at it: a full disk or a closed pipe may
+/// show only now.
+void FinishStandardOutput() {
+  if (!std::cout.flush()) throw CannotWrite("standard output");
+}
+
 }  // namespace
 
 int RunProgram(int argc, const char* const* argv) {
   try {
-    return Parse(argc, argv);
+    const int exitCode = Parse(argc, argv);
+    FinishStandardOutput();
+    return exitCode;
   } catch (const std::bad_alloc&) {
     std::cerr << "qvstats: out of memory\n";
   } catch (const std::exception& error) {

@@ -13,6 +13,7 @@
 #include "apps/table_output.h"
 #include "platform/likeness/vsepr.h"
 #include "platform/likeness/vsepr_index.h"
+#include "platform/system/memory.h"
 #include "stats/api/data_table_fileInfo.h"
 
 namespace QVApps {
@@ -43,6 +44,19 @@ struct Molecules {
   std::size_t numBad = 0;
 };
 
+/// Appends a row, while there is memory for the triangle and for the column that holds it later.
+void Append(std::vector<double>& triangle, const std::vector<double>& row) {
+  if (const std::size_t wanted = triangle.size() + row.size(); wanted > triangle.capacity()) {
+    const std::size_t room = wanted + triangle.size() / 4;
+    std::string problem;
+    if (!QVSystem::QVHasMemory(2.0 * sizeof(double) * static_cast<double>(room), problem))
+      throw Failure("the similarities of " + std::to_string(row.size()) + " molecules or more " +
+                    problem);
+    triangle.reserve(room);
+  }
+  triangle.insert(triangle.end(), row.begin(), row.end());
+}
+
 /// Reads the molecules, each compared with all before it and itself.
 Molecules Read(const Arguments& arguments) {
   Molecules molecules;
@@ -60,7 +74,7 @@ Molecules Read(const Arguments& arguments) {
     index.Add(fingerprint);
     row.resize(index.GetSize());
     index.GetTanimotos(fingerprint, row.data());
-    molecules.triangle.insert(molecules.triangle.end(), row.begin(), row.end());
+    Append(molecules.triangle, row);
     QVAppendIntToCol(molecules.index, static_cast<int>(molecules.size++));
     QVAppendStringToCol(molecules.title, MakeTitle(record.id));
   }

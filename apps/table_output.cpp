@@ -1,23 +1,9 @@
 #include "apps/table_output.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
-
 #include "apps/commands.h"
+#include "platform/system/output_file.h"
 
 namespace QVApps {
-
-namespace {
-
-/// The name of the file while it is written; ".gz" stays at the end, where it means compression.
-std::string MakePartialName(const std::string& path) {
-  const bool gzip = path.size() > 3 && path.substr(path.size() - 3) == ".gz";
-  return path + (gzip ? ".partial.gz" : ".partial");
-}
-
-}  // namespace
 
 std::string Describe(const QVStats::QVStatModelResult& result) {
   std::string text;
@@ -27,23 +13,15 @@ std::string Describe(const QVStats::QVStatModelResult& result) {
 }
 
 void WriteTable(const std::string& path, const QVStats::QVDataTable& table, TableWriter write) {
-  std::error_code ignored;
-  const bool direct =
-      std::filesystem::exists(path, ignored) && !std::filesystem::is_regular_file(path, ignored);
-  const std::string target = direct ? path : MakePartialName(path);
+  QVSystem::QVNewFile file(path);
+  const std::string& target = file.GetTemporaryName();
   QVPlatform::qvofstream out(target);
-  if (!out.IsOpen()) throw Failure(out.GetErrorText());
-  const QVStats::QVStatModelResult written = write(out, table, path);
-  std::string problem;
-  if (!out.close())
-    problem = out.GetErrorText();
-  else if (written.NotSuccessful())
-    problem = Describe(written);
-  else if (!direct && std::rename(target.c_str(), path.c_str()) != 0)
-    problem = path + ": " + std::strerror(errno);
-  if (problem.empty()) return;
-  if (!direct) std::remove(target.c_str());
-  throw Failure(problem);
+  QVStats::QVStatModelResult written(true);
+  if (out.IsOpen()) written = write(out, table, path);
+  // The stream's text begins with the name it was given.
+  if (!out.close()) throw Failure(path + out.GetErrorText().substr(target.size()));
+  if (written.NotSuccessful()) throw Failure(Describe(written));
+  if (!file.Commit()) throw CannotWrite(path);
 }
 
 }  // namespace QVApps

@@ -210,7 +210,9 @@ QVStatModelResult ReadCells(const char* where, double* values, const QVDataTable
 QVStatModelResult GetMatrix(const char* where, Values& matrix, const QVDataTableCol& col,
                             const std::vector<std::size_t>& rows) {
   const std::size_t n = rows.size();
-  matrix.resize(n * n);
+  const QVStatModelResult made =
+      QVMakeSquareArray(where, "The matrix", n, sizeof(double), [&] { matrix.resize(n * n); });
+  if (made.NotSuccessful()) return made;
   for (std::size_t j = 0; j < n; ++j) {
     // A row of the triangle stands together in the column; the rest is its mirror image.
     const QVStatModelResult result =

@@ -218,13 +218,16 @@ constexpr StatisticRow kStatistics[] = {
 QVStatModelResult GetDistanceMatrix(MatrixXd& distances, const std::vector<double>& data,
                                     std::size_t dim, bool isSimilarity) {
   const char* const where = "GetDistanceMatrix";
+  constexpr const char* kWhat = "A distance matrix";
+  QVStatModelResult made(true);
   const std::size_t count = dim == 0 ? 0 : data.size() / dim;
   const auto n = static_cast<Index>(count);
   if (isSimilarity) {
     if (count != dim || data.size() != count * dim)
       return QVFailure(QVStatModelFailureType::WrongInputMatrixSize, where)
              << "smilarity matrix assumed square, but numRows, numCols = " << count << "; " << dim;
-    distances.resize(n, n);
+    made = QVMakeSquareArray(where, kWhat, count, sizeof(double), [&] { distances.resize(n, n); });
+    if (made.NotSuccessful()) return made;
     for (std::size_t i = 0; i < count; ++i)
       for (std::size_t j = 0; j < count; ++j) {
         const double s = data[i * dim + j];
@@ -237,7 +240,8 @@ QVStatModelResult GetDistanceMatrix(MatrixXd& distances, const std::vector<doubl
       }
     return true;
   }
-  distances.setZero(n, n);
+  made = QVMakeSquareArray(where, kWhat, count, sizeof(double), [&] { distances.setZero(n, n); });
+  if (made.NotSuccessful()) return made;
   for (Index j = 0; j < n; ++j)
     for (Index i = 0; i < j; ++i) {
       double squares = 0.0;

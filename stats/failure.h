@@ -3,8 +3,12 @@
 #ifndef QVSTATS_FAILURE_H
 #define QVSTATS_FAILURE_H
 
+#include <cstddef>
+#include <new>
 #include <sstream>
+#include <string>
 
+#include "platform/system/memory.h"
 #include "stats/api/stat_model.h"
 
 namespace QVStats {
@@ -54,6 +58,25 @@ inline bool QVFailedIn(QVStatModelResult& result, const char* caller) {
 inline QVStatModelResult QVCalledFrom(const char* caller, QVStatModelResult result) {
   QVFailedIn(result, caller);
   return result;
+}
+
+/// Runs `make`, which makes a square array of `size` rows that takes `bytesPerEntry`, when the
+/// memory for it is there; else the failure says how much `what` needs (InternalLogicFailure).
+template <class Make>
+QVStatModelResult QVMakeSquareArray(const char* where, const char* what, std::size_t size,
+                                    std::size_t bytesPerEntry, Make make) {
+  const auto n = static_cast<double>(size);
+  std::string problem;
+  if (QVSystem::QVHasMemory(n * n * static_cast<double>(bytesPerEntry), problem)) {
+    try {
+      make();
+      return true;
+    } catch (const std::bad_alloc&) {
+      problem = "needs more memory than the system grants";
+    }
+  }
+  return QVFailure(QVStatModelFailureType::InternalLogicFailure, where)
+         << what << " of " << size << " rows " << problem;
 }
 
 }  // namespace QVStats

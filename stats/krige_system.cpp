@@ -3,10 +3,12 @@
 #include <Eigen/Cholesky>
 #include <algorithm>
 #include <cmath>
+#include <string>
 #include <utility>
 
 #include "platform/math/dense_kernels.h"
 #include "platform/system/error_handler.h"
+#include "platform/system/memory.h"
 
 namespace QVStats {
 
@@ -14,12 +16,22 @@ using Eigen::Index;
 using Eigen::MatrixXd;
 using Eigen::VectorXd;
 
-void QVKrigeDistances::AddPoint(const double* distances) {
-  // A quarter of slack rather than a doubling: the triangle is a large part of a model's memory.
-  if (packed_.capacity() < packed_.size() + size_)
-    packed_.reserve(packed_.size() + packed_.size() / 4 + size_);
+bool QVKrigeDistances::AddPoint(const double* distances) {
+  if (packed_.capacity() < packed_.size() + size_ && !Grow()) return false;
   packed_.insert(packed_.end(), distances, distances + size_);
   ++size_;
+  return true;
+}
+
+bool QVKrigeDistances::Grow() {
+  // A quarter of slack rather than a doubling: the triangle is a large part of a model's memory.
+  const std::size_t room = packed_.size() + packed_.size() / 4 + size_;
+  return QVSystem::QVRunWithinMemory(
+      "The table of distances between " + std::to_string(size_ + 1) + " training elements",
+      static_cast<double>(room * sizeof(double)), [&] {
+        packed_.reserve(room);
+        return true;
+      });
 }
 
 void QVKrigeDistances::Reserve(std::size_t points) {

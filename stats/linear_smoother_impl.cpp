@@ -157,7 +157,11 @@ QVStatModelResult QVLinearSmootherOnSimilarityBase::FillKernelMatrix(Eigen::Matr
   // Rows are read whole and written some at a time, so that the writes fill cache lines.
   constexpr std::size_t kRows = 16;
   const std::size_t n = rows_.size();
-  matrix.resize(static_cast<Eigen::Index>(n), static_cast<Eigen::Index>(n));
+  // The matrix, and as much again for what is solved with it.
+  const QVStatModelResult made = QVMakeSquareArray(
+      where, "The kernel matrix", n, 2 * sizeof(double),
+      [&] { matrix.resize(static_cast<Eigen::Index>(n), static_cast<Eigen::Index>(n)); });
+  if (made.NotSuccessful()) return made;
   std::vector<double> rows(kRows * n);
   for (std::size_t first = 0; first < n; first += kRows) {
     const std::size_t last = std::min(n, first + kRows);

@@ -10,6 +10,7 @@
 #include "platform/likeness/vsepr_index.h"
 #include "platform/system/cast.h"
 #include "platform/system/error_handler.h"
+#include "platform/system/memory.h"
 #include "stats/snn_selection.h"
 
 namespace QVStats {
@@ -76,11 +77,19 @@ unsigned int CountCommonAtoms(QVChem::QVMCSSearch& search, const QVChem::QVMolBa
 
 }  // namespace
 
-void QVSimInfo::Resize(std::size_t count) {
-  count_ = QVSystem::QVUnsignedFromCountChecked(count);
-  matrix_.assign(count * count, 0.0);
+bool QVSimInfo::Resize(std::size_t count) {
   items_.clear();
   numTimeSpent_ = 0;
+  const auto n = static_cast<double>(count);
+  const bool fits = QVSystem::QVRunWithinMemory(
+      "QVSimInfo::InitSimilarity, a matrix of " + std::to_string(count) + " objects",
+      n * n * (sizeof(double) + 0.5 * sizeof(QVSimItem)), [&] {
+        matrix_.assign(count * count, 0.0);
+        return true;
+      });
+  if (!fits) matrix_ = {};
+  count_ = fits ? QVSystem::QVUnsignedFromCountChecked(count) : 0;
+  return fits;
 }
 
 void QVSimInfo::Store(unsigned int first, unsigned int second, double similarity) {
@@ -105,7 +114,7 @@ void QVSimInfo::CompareRow(const std::vector<QVMolData>& mols, std::size_t row) 
 
 bool QVSimInfo::InitSimilarity(const std::vector<QVMolData>& mols) {
   const std::size_t n = mols.size();
-  Resize(n);
+  if (!Resize(n)) return false;
   std::size_t done = 0;
   for (std::size_t row = 0; compute_ && row < n; ++row) {
     CompareRow(mols, row);
@@ -129,7 +138,7 @@ bool QVSimInfo::InitSimilarity(std::vector<double> matrix) {
     Resize(0);
     return false;
   }
-  Resize(n);
+  if (!Resize(n)) return false;
   matrix_ = std::move(matrix);
   for (unsigned int i = 0; i < n; ++i)
     for (unsigned int j = i; j < n; ++j) items_.push_back({matrix_[n * i + j], i, j});
@@ -139,7 +148,7 @@ bool QVSimInfo::InitSimilarity(std::vector<double> matrix) {
 
 bool QVSimInfo::InitSimilarity(const std::vector<QVMolData>& mols,
                                const QVLikeness::QVVseprOptions& options) {
-  Resize(mols.size());
+  if (!Resize(mols.size())) return false;
   QVLikeness::QVVseprIndex index;
   std::vector<double> tanimotos(mols.size());
   for (std::size_t column = 0; column < mols.size(); ++column) {

@@ -245,37 +245,6 @@ TEST(MixtureEngine, RefusesWhatIsNoMixture) {
   EXPECT_EQ((*one.GetComponents()).GetExpectedLogOfVarDistOfZ(), 0.0);
 }
 
-/// The textbook's bound (Bishop 2006, equation 10.70, in one dimension), from parameters alone:
-/// with responsibilities that are optimal for the posterior, sum_n log sum_k rho_nk less the
-/// divergences of the weights' and the components' posteriors from their priors.
-double GetTextbookBound(const QVOneDimGaussMixModel& model, const Values& data) {
-  using QVMath::QVDiGamma;
-  using QVMath::QVlgamma;
-  QVStatModelResult result(true);
-  double divergence = 0.0;
-  std::vector<QVOneDimGaussMixComponent> components;
-  for (const QVOneDimGaussMixComponent& component : model.GetComponents()) {
-    components.push_back(component);
-    divergence += GetExpectedLogDirichletPosterior(result, component.GetComponentProbParams()) -
-                  GetExpectedLogDirichletPrior(result, component.GetComponentProbParams());
-    double m0, k0, a0, b0, m, k, a, b;
-    component.GetBayesPriorGaussParams(m0, k0, a0, b0);
-    component.GetBayesPosteriorGaussParams(m, k, a, b);
-    divergence += 0.5 * (std::log(k / k0) + k0 / k - 1.0 + k0 * a / b * (m - m0) * (m - m0));
-    divergence += (a - a0) * QVDiGamma(a) - QVlgamma(a) + QVlgamma(a0) + a0 * std::log(b / b0) +
-                  a * (b0 - b) / b;
-    components.back().EStepUpdateLogRelativeResponsibility(data);
-  }
-  double bound = 0.0;
-  for (std::size_t n = 0; n < data.size(); ++n) {
-    double sum = 0.0;
-    for (const auto& component : components)
-      sum += std::exp(component.EStepGetLogRelativeResponsibility(n));
-    bound += std::log(sum);
-  }
-  return bound - divergence;
-}
-
 class DirichletMixture : public MixtureTest {};
 
 TEST_F(DirichletMixture, TextbookBoundNeverDecreases) {

@@ -1,12 +1,12 @@
 #include "platform/system/output_file.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 namespace QVSystem {
 namespace {
@@ -21,8 +21,8 @@ bool WriteAll(int file, std::string_view bytes) {
 }
 
 /// Opens, writes and closes; a full disk may show only when the file is closed.
-bool WriteTo(const std::string& name, int flags, std::string_view bytes) {
-  const int file = ::open(name.c_str(), flags | O_WRONLY | O_CLOEXEC, 0666);
+bool WriteTo(const std::string& name, std::string_view bytes) {
+  const int file = ::open(name.c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_CLOEXEC, 0666);
   if (file < 0) return false;
   const bool written = WriteAll(file, bytes);
   const int reason = errno;
@@ -31,25 +31,37 @@ bool WriteTo(const std::string& name, int flags, std::string_view bytes) {
   return false;
 }
 
-bool IsSpecialFile(const std::string& name) {
-  struct stat status {};
-  return ::stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
-}
-
 }  // namespace
 
+QVNewFile::QVNewFile(const std::string& name) : name_(name), temporaryName_(name) {
+  namespace fs = std::filesystem;
+  std::error_code ignored;
+  const fs::file_status status = fs::status(name, ignored);
+  if (fs::exists(status) && !fs::is_regular_file(status)) return;
+  if (const fs::path target = fs::canonical(name, ignored); !target.empty())
+    name_ = target.string();
+  const std::size_t base = name_.rfind('/') + 1;
+  temporaryName_ = name_;
+  temporaryName_.insert(base, ".part" + std::to_string(::getpid()) + '.');
+}
+
+QVNewFile::~QVNewFile() {
+  const int reason = errno;
+  if (temporaryName_ != name_) ::unlink(temporaryName_.c_str());
+  errno = reason;
+}
+
+bool QVNewFile::Commit() {
+  if (temporaryName_ == name_) return true;
+  if (std::rename(temporaryName_.c_str(), name_.c_str()) != 0) return false;
+  temporaryName_ = name_;
+  return true;
+}
+
 bool QVWriteWholeFile(const std::string& fileName, std::string_view bytes, std::string& problem) {
-  const std::string beside = fileName + '.' + std::to_string(::getpid()) + ".part";
-  bool written = false;
-  if (IsSpecialFile(fileName)) {
-    written = WriteTo(fileName, 0, bytes);
-  } else {
-    written = WriteTo(beside, O_CREAT | O_TRUNC, bytes) &&
-              std::rename(beside.c_str(), fileName.c_str()) == 0;
-  }
-  if (written) return true;
+  QVNewFile file(fileName);
+  if (WriteTo(file.GetTemporaryName(), bytes) && file.Commit()) return true;
   problem = std::strerror(errno);
-  ::unlink(beside.c_str());
   return false;
 }
 

@@ -30,11 +30,16 @@ namespace QVStats {
 /// makes the model untrained; an untrained model trains itself when it is asked. The const form of
 /// a question leaves the model as it is: an untrained one trains a private copy at every call. On a
 /// trained model the const forms may run concurrently.
+///
+/// A model on all of n training elements holds 4 n^2 bytes of distances and, once trained, 8 n^2
+/// bytes of a matrix; training that would not fit into memory fails with an error that says how
+/// much it needs. A local model grows with n alone.
 template <class T>
 class QVKrigeBase : public QVDataModelBase<T> {
  public:
   /// Adds an element with an identifier, by which results name it.
-  /// \return false when the element lacks the model's drift properties, here and below.
+  /// \return false when the element lacks the model's drift properties, or after an error when the
+  /// memory is too small for its distances, here and below.
   virtual bool AddTrainingWithID(const T& element, double response, unsigned int id) = 0;
   /// Adds an element whose response is an estimate. It takes part in predictions, and in variograms
   /// by the model's options.

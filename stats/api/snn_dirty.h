@@ -48,14 +48,17 @@ class QVSTATS_EXPORT QVSimInfo {
   /// Similarity c / (A + B - c) of every pair of molecules, self included, from the A and B atoms
   /// of the two and the c atoms of their maximum common substructure (QVChem::QVMCSSearch, type 0,
   /// atom match 0x1000208, bond match 0x1100000); n (n + 1) / 2 searches. The indices of the
-  /// molecules are 0 to n - 1 in any order. \return true.
+  /// molecules are 0 to n - 1 in any order.
+  /// \return false, with an error reported and the store empty, when the memory is too small for
+  /// n^2
+  ///     numbers; the same below.
   bool InitSimilarity(const std::vector<QVMolData>& mols);
 
   /// Takes over a full matrix of n x n similarities; the pairs are those with first <= second.
   /// \return false, with an error reported and the store empty, when the size is no square.
   bool InitSimilarity(std::vector<double> matrix);
 
-  /// Tanimoto similarities of the molecules' VSEPR fingerprints. \return true.
+  /// Tanimoto similarities of the molecules' VSEPR fingerprints.
   bool InitSimilarity(const std::vector<QVMolData>& mols,
                       const QVLikeness::QVVseprOptions& options);
 
@@ -75,7 +78,7 @@ class QVSTATS_EXPORT QVSimInfo {
   std::size_t GetNumTimeSpent() const { return numTimeSpent_; }
 
  private:
-  void Resize(std::size_t count);
+  bool Resize(std::size_t count);
   void Store(unsigned int first, unsigned int second, double similarity);
   void CompareRow(const std::vector<QVMolData>& mols, std::size_t row);
 

@@ -288,8 +288,8 @@ class QVKrigeTrainingContainer {
         groupProperties_(std::make_shared<QVGetMeanTrainingDataPropFxn<T, TT>>()) {}
 
   /// Adds an element. A NaN response, or a distance function that is not symmetric to the last bit,
-  /// is a fatal report; an
-  /// element with a NaN, or without the properties of the list, is not added.
+  /// is a fatal report; an element with a NaN, or without the properties of the list, is not added,
+  /// nor is one, after an error, whose distances the memory does not hold.
   bool AddElement(const Data& data) {
     if (!IsComplete(data)) return false;
     std::vector<double> row;
@@ -307,8 +307,7 @@ class QVKrigeTrainingContainer {
         if (IsIdentical(d)) break;
       }
     }
-    Insert(data, row);
-    return true;
+    return Insert(data, row);
   }
 
   /// Evaluates the drift properties of an element, stores them in `data` and adds it.
@@ -322,8 +321,7 @@ class QVKrigeTrainingContainer {
     if (!IsComplete(data)) return false;
     std::vector<double> row(groups_.size());
     for (std::size_t g = 0; g < groups_.size(); ++g) row[g] = toElements[groups_[g].front()];
-    Insert(data, row);
-    return true;
+    return Insert(data, row);
   }
 
   static bool EvaluateProperties(const QVPropertyListFxn<T>& list, Data& data) {
@@ -423,7 +421,7 @@ class QVKrigeTrainingContainer {
   const T& GetRepresentative(std::size_t g) const {
     return elements_[groups_[g].front()].GetElement();
   }
-  void Insert(const Data& data, const std::vector<double>& row);
+  bool Insert(const Data& data, const std::vector<double>& row);
 
   std::shared_ptr<const DistanceFxn> distance_;
   std::shared_ptr<const QVGetUniqueTrainingDataResponseFxn<T, TT>> response_;
@@ -437,18 +435,19 @@ class QVKrigeTrainingContainer {
 };
 
 template <class T, class TT>
-void QVKrigeTrainingContainer<T, TT>::Insert(const Data& data, const std::vector<double>& row) {
+bool QVKrigeTrainingContainer<T, TT>::Insert(const Data& data, const std::vector<double>& row) {
   const auto index = static_cast<unsigned int>(elements_.size());
   std::size_t group = 0;
   while (group < row.size() && !IsIdentical(row[group])) ++group;
   if (group == groups_.size()) {
-    distances_.AddPoint(row.data());
+    if (!distances_.AddPoint(row.data())) return false;
     groups_.emplace_back();
     if (bulk_) bulk_->Add(data.GetElement());
   }
   groups_[group].push_back(index);
   groupOfElement_.push_back(group);
   elements_.push_back(data);
+  return true;
 }
 
 template <class T, class TT>

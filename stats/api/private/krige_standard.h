@@ -5,10 +5,12 @@
 
 #include <algorithm>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "platform/system/cow_ptr.h"
+#include "platform/system/memory.h"
 #include "stats/api/krige_base.h"
 #include "stats/api/private/krige_covariance.h"
 
@@ -52,6 +54,7 @@ class QVStandardKrigeImpl : public QVKrigeBase<T> {
   bool Train() override;
   bool Train(QVKrigeKernelBase& kernel) override;
   bool TrainFixed(const QVKrigeKernelBase& kernel) override {
+    system_.reset();
     system_ = CreateSystem(kernel, *container_);
     return IsTrained();
   }
@@ -127,11 +130,23 @@ class QVStandardKrigeImpl : public QVKrigeBase<T> {
   }
   bool IsTrained() const { return system_ != nullptr; }
   bool EnsureTrained() { return IsTrained() || Train(); }
-  void EnsureVariogram() {
-    if (variogramBuilt_) return;
-    if (!QVConstructVariogram(variogram_, *container_, includeUnmeasured_))
-      QVSystem::QVThrow.Warning("Unable to construct variogram");
-    variogramBuilt_ = true;
+  /// Runs a step that needs two numbers for each pair of the elements, or one for each entry of a
+  /// square matrix of them; an error when the memory is too small.
+  template <class Step>
+  bool RunOnPairs(const std::string& what, std::size_t elements, Step step) const {
+    const auto n = static_cast<double>(elements);
+    return QVSystem::QVRunWithinMemory(what + " of " + std::to_string(elements) + " elements",
+                                       sizeof(double) * n * n, step);
+  }
+  /// \return false when there is no memory for it.
+  bool EnsureVariogram() {
+    if (variogramBuilt_) return true;
+    variogramBuilt_ = RunOnPairs("The variogram", container_->GetNumElements(), [this] {
+      if (!QVConstructVariogram(variogram_, *container_, includeUnmeasured_))
+        QVSystem::QVThrow.Warning("Unable to construct variogram");
+      return true;
+    });
+    return variogramBuilt_;
   }
   std::unique_ptr<QVKrigeBase<T>> CopySelf() const {
     return std::unique_ptr<QVKrigeBase<T>>(this->CreateKrigeCopy());
@@ -166,7 +181,7 @@ bool QVStandardKrigeImpl<T, TT>::Train() {
     QVSystem::QVThrow.Warning("%s  No training data", unable);
     return false;
   }
-  EnsureVariogram();
+  if (!EnsureVariogram()) return false;
   if (variogram_.GetNumBins() == 0) {
     QVSystem::QVThrow.Warning("%s  Not enough training data to constuct variogram. (%d bins)",
                               unable, 0);
@@ -187,7 +202,7 @@ bool QVStandardKrigeImpl<T, TT>::Train(QVKrigeKernelBase& kernel) {
     QVSystem::QVThrow.Warning("%s  No training data", unable);
     return false;
   }
-  EnsureVariogram();
+  if (!EnsureVariogram()) return false;
   if (variogram_.GetNumBins() < 3) {
     QVSystem::QVThrow.Warning("%s Not enough training data to constuct variogram", unable);
     return false;
@@ -208,9 +223,14 @@ std::shared_ptr<const QVKrigeSystem> QVStandardKrigeImpl<T, TT>::CreateSystem(
         "%s::TrainFixed(QVKrigeKernelBase), unable to train.  No training data", name_);
     return nullptr;
   }
-  QVKrigePoints points = container.GetPoints();
-  if (points.properties.hasNaN()) return nullptr;
-  return QVKrigeSystem::Create(std::move(points), mean_, kernel);
+  std::shared_ptr<const QVKrigeSystem> system;
+  RunOnPairs("The covariance matrix", container.GetNumUniqueElements(), [&] {
+    QVKrigePoints points = container.GetPoints();
+    if (!points.properties.hasNaN())
+      system = QVKrigeSystem::Create(std::move(points), mean_, kernel);
+    return true;
+  });
+  return system;
 }
 
 /// Distances and properties of a block of queries, then `solve(distances, properties)`. A query
@@ -313,13 +333,14 @@ QVKrigeKernel QVStandardKrigeImpl<T, TT>::GetKernel() const {
 
 template <class T, class TT>
 QVFullVariogram QVStandardKrigeImpl<T, TT>::GetFullVariogram() {
-  if (!fullVariogramBuilt_) {
-    QVFullVariogramImpl full;
-    if (!QVConstructVariogram(full, *container_, includeUnmeasured_))
-      QVSystem::QVThrow.Warning("Unable to construct full variogram");
-    fullVariogram_ = QVFullVariogram(full);
-    fullVariogramBuilt_ = true;
-  }
+  if (!fullVariogramBuilt_)
+    fullVariogramBuilt_ = RunOnPairs("The full variogram", container_->GetNumElements(), [this] {
+      QVFullVariogramImpl full;
+      if (!QVConstructVariogram(full, *container_, includeUnmeasured_))
+        QVSystem::QVThrow.Warning("Unable to construct full variogram");
+      fullVariogram_ = QVFullVariogram(full);
+      return true;
+    });
   return fullVariogram_;
 }
 

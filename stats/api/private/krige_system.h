@@ -46,10 +46,13 @@ class QVSTATS_EXPORT QVKrigeDistances {
     return g > h ? GetRow(g)[h] : GetRow(h)[g];
   }
   /// Appends a point, GetNumPoints() distances away from the others.
-  void AddPoint(const double* distances);
+  /// \return false, after an error, when the memory is too small.
+  bool AddPoint(const double* distances);
   void Reserve(std::size_t points);
 
  private:
+  bool Grow();
+
   std::size_t size_ = 0;
   std::vector<double> packed_;
 };

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <limits>
+#include <utility>
 
 #include "platform/chem/mol.h"
 #include "platform/likeness/vsepr.h"
@@ -217,22 +218,11 @@ const Row kRows[] = {
        ASSERT_TRUE(local.TrainFixed(QVKrigeKernel(QVKrigeKernelType::Exponential)));
        local.Predict({0.5, 0.5});
      }},
-    {"NoPairsToDraw", 1,
-     [] {
-       Model local =
-           MakeModel(Kind::Ordinary,
-                     QVKrigeOptions(QVLocalKrigeOptions().SetNumLocal(5).SetMaxVariogramSize(0)));
-       for (const Sample& sample : MakeSamples(5, 1)) local.AddTraining(sample.point, sample.value);
-       local.Clear();
-       local.AddTraining({0, 0}, 1.0);
-       local.AddTraining({0, 1}, 1.0);
-       local.AddTraining({1, 1}, 1.0);
-       EXPECT_FALSE(local.Train());
-     }},
     {"VariogramSizeWithoutExactValue", 1,
      [] {
        // The maximum is put to the test only when there are more pairs than it, 33.5 million.
-       const QVKrigePairSampler sampler(std::vector<bool>(8200, false), false, 16777217u);
+       const std::vector<bool> unmeasured(8200, false);
+       const QVKrigePairSampler sampler(unmeasured, false, 16777217u);
        EXPECT_GT(sampler.GetFraction(), 0.4f);
      }},
     {"LeastSquaresOfOtherSize", 3,

@@ -31,10 +31,14 @@ struct Configuration {
   std::vector<Point> queries;
 };
 
+unsigned int Below(std::mt19937& engine, unsigned int n) {
+  return static_cast<unsigned int>(engine() % n);
+}
+
 std::vector<Element> MakeTraining(std::mt19937& engine) {
   std::uniform_real_distribution<double> uniform;
   std::vector<Element> training;
-  for (const Sample& sample : MakeSamples(20 + engine() % 50, engine())) {
+  for (const Sample& sample : MakeSamples(20 + Below(engine, 50), Below(engine, 1000))) {
     training.push_back({sample.point, 10.0 * sample.value, uniform(engine) < 0.1});
     if (uniform(engine) < 0.2) training.back().point = training[engine() % training.size()].point;
   }
@@ -49,16 +53,17 @@ Configuration MakeConfiguration(unsigned int seed) {
   const bool isSmooth =
       kernel == QVKrigeKernelType::Gaussian || kernel == QVKrigeKernelType::Cauchy;
   const double share = (isSmooth ? 0.05 : 0.0) + 0.2 * (seed / 30 % 3);
-  const double sill = 0.5 + engine() % 10;
+  const double sill = 0.5 + Below(engine, 10);
   QVKrigeOptions options =
       isLocal ? QVKrigeOptions(QVLocalKrigeOptions().SetNumLocal(kLocal)) : GlobalOptions();
-  options.SetUniqueResponseMethod(engine() % 3);
+  options.SetUniqueResponseMethod(Below(engine, 3));
   Configuration made{static_cast<Kind>(seed / 5 % 3),
                      options,
-                     MakeKernel(kernel, 0.2 + 0.1 * (engine() % 10), sill, share * sill),
+                     MakeKernel(kernel, 0.2 + 0.1 * Below(engine, 10), sill, share * sill),
                      MakeTraining(engine),
                      {}};
-  for (const Sample& query : MakeSamples(8, engine())) made.queries.push_back(query.point);
+  for (const Sample& query : MakeSamples(8, Below(engine, 1000)))
+    made.queries.push_back(query.point);
   return made;
 }
 

@@ -95,7 +95,8 @@ TEST(Threads, EngineModel) {
         const Point& query = queries[i].point;
         const Model copy = trained;
         return {trained.Predict(query), trained.GetVariance(query),
-                copy.GetKrigeResult(query).GetWeight(i % 12), trained.GetKernel().GetRange(),
+                copy.GetKrigeResult(query).GetWeight(static_cast<unsigned int>(i % 12)),
+                trained.GetKernel().GetRange(),
                 static_cast<double>(trained.GetVariogram().GetNumBins())};
       });
     }

@@ -209,8 +209,8 @@ TEST(Threads, NeighboursAndScores) {
     QVGetSNNCluster(clusters, noise, lists.size(), lists, {6, 3, 1, 4, 2}, true);
     Answer answer = ToAnswer(lists);
     for (const double value : ToAnswer(clusters)) answer.push_back(value);
-    answer.push_back(QVCalculateAUC(actives, decoys));
-    answer.push_back(QVCalculateDeLongStandardError(actives, decoys));
+    answer.push_back(QVCalculateAUC(actives, decoys, true));
+    answer.push_back(QVCalculateDeLongStandardError(actives, decoys, true));
     return answer;
   });
 }

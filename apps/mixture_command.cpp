@@ -243,14 +243,23 @@ void Report(const Arguments& arguments, const std::vector<Fit>& fits, const Valu
   if (!arguments.plot.empty()) DrawPlot(arguments, *best, curves, sorted);
 }
 
+/// Every fit warns, also one that converged: the outcome is in the diagnostic lines.
+template <class Fit>
+void WithoutWarnings(Fit fit) {
+  const QVSystem::QVScopedRecordingSink warnings;
+  fit();
+}
+
 void RunDirichlet(const Arguments& arguments, const Column& column) {
   if (!arguments.calls.empty()) throw Failure("--calls needs a null part: give --pairs");
   const auto [least, most] = ParsePair(arguments.components, '-', false);
   QVStatModelResult result;
   Values weights;
   std::vector<QVDirichletGaussGammaMixtureModel> models;
-  FitDirichletGaussGammaMixtureModel(result, weights, models, least, most, arguments.column,
-                                     arguments.priorSize, column.values);
+  WithoutWarnings([&] {
+    FitDirichletGaussGammaMixtureModel(result, weights, models, least, most, arguments.column,
+                                       arguments.priorSize, column.values);
+  });
   CheckFits(result);
   std::vector<Fit> fits;
   for (std::size_t i = 0; i < models.size(); ++i)
@@ -268,8 +277,10 @@ void RunNullAlt(const Arguments& arguments, const Column& column) {
   QVStatModelResult result;
   Values weights;
   std::vector<DirGaussGammaMixForEmpiricalNullAlt> models;
-  FitGaussGammaMixModel(result, weights, models, arguments.nullFraction, pairs, arguments.column,
-                        arguments.nullProbability, arguments.priorSize, column.values);
+  WithoutWarnings([&] {
+    FitGaussGammaMixModel(result, weights, models, arguments.nullFraction, pairs, arguments.column,
+                          arguments.nullProbability, arguments.priorSize, column.values);
+  });
   CheckFits(result);
   std::vector<Fit> fits;
   for (std::size_t i = 0; i < models.size(); ++i)
@@ -286,8 +297,6 @@ int Run(const Arguments& arguments) {
   const Column column = ReadColumn(arguments);
   std::ostream silent(nullptr);
   const QVSystem::QVScopedDiagnosticStream diagnostics(arguments.verbose ? std::cerr : silent);
-  // Every fit warns, also one that converged: the outcome is in the diagnostic lines.
-  const QVSystem::QVScopedRecordingSink warnings;
   if (arguments.pairs.empty()) {
     RunDirichlet(arguments, column);
   } else {

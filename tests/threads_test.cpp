@@ -94,8 +94,9 @@ TEST(Threads, EngineModel) {
       ExpectSameFromEveryThread(queries.size(), [&](std::size_t i) -> Answer {
         const Point& query = queries[i].point;
         const Model copy = trained;
+        const QVKrigeResult result = copy.GetKrigeResult(query);
         return {trained.Predict(query), trained.GetVariance(query),
-                copy.GetKrigeResult(query).GetWeight(static_cast<unsigned int>(i % 12)),
+                result.Valid() ? result.GetWeight(static_cast<unsigned int>(i % 12)) : 0.0,
                 trained.GetKernel().GetRange(),
                 static_cast<double>(trained.GetVariogram().GetNumBins())};
       });

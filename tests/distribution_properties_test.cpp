@@ -162,9 +162,9 @@ TEST_P(DistributionProperties, DistributionFunctionIsMonotone) {
     double before = 0.0;
     for (const double x : xs) {
       const double cdf = pdf.GetCDF(x, result, true);
-      EXPECT_GE(cdf, before * (1 - 1e-13)) << x;
+      EXPECT_GE(cdf, before * (1 - 1e-12)) << x;
       EXPECT_LE(cdf, 1.0) << x;
-      EXPECT_NEAR(pdf.GetSurvival(x, result, true), 1.0 - cdf, 1e-13) << x;
+      EXPECT_NEAR(pdf.GetSurvival(x, result, true), 1.0 - cdf, 1e-12) << x;
       before = std::max(before, cdf);
       const double density = pdf.GetDensity(x, result, true);
       EXPECT_GE(density, 0.0) << x;
@@ -189,11 +189,13 @@ TEST_P(DistributionProperties, VectorsGiveTheSingleValues) {
       std::vector<double> values;
       pdf.GetValues(function, arguments, values, result, true);
       ASSERT_EQ(values.size(), arguments.size());
-      const bool vectorSucceeded = result.IsSuccessful();
-      result = true;
-      for (std::size_t i = 0; i < values.size(); ++i)
-        EXPECT_THAT(values[i], IsCloseTo(single(arguments[i], result), 1e-12)) << arguments[i];
-      EXPECT_EQ(result.IsSuccessful(), vectorSucceeded);
+      bool eachSucceeded = true;
+      for (std::size_t i = 0; i < values.size(); ++i) {
+        QVStatModelResult one(true);
+        EXPECT_THAT(values[i], IsCloseTo(single(arguments[i], one), 1e-12)) << arguments[i];
+        eachSucceeded = eachSucceeded && one.IsSuccessful();
+      }
+      EXPECT_EQ(result.IsSuccessful(), eachSucceeded);
     };
     expect(QVPDFFunction::CDF, xs, [&](double x, auto& r) { return pdf.GetCDF(x, r, true); });
     expect(QVPDFFunction::Density, xs,

@@ -35,6 +35,33 @@ inline double QVDot(const double* x, const double* y, Eigen::Index n) {
   return QVMath::QVGetDenseKernels().dot(static_cast<std::size_t>(n), x, y);
 }
 
+/// Simple kriging around the mean m of the responses y: the weights C^-1 (y - m), from the Cholesky
+/// factor of C. \return m.
+inline double QVSolveSimpleKriging(Eigen::VectorXd& weights, const Eigen::MatrixXd& factor,
+                                   const Eigen::VectorXd& responses) {
+  const double mean = responses.sum() / static_cast<double>(responses.size());
+  weights = responses.array() - mean;
+  QVSolveLower(factor, weights);
+  QVSolveLowerTransposed(factor, weights);
+  return mean;
+}
+
+/// Appends predictions and errors sqrt(sill - k' C^-1 k) of objects with covariances k, a column
+/// each, which are destroyed.
+inline void QVPredictBySimpleKriging(QVSimilarityPredictions& predictions,
+                                     Eigen::MatrixXd& covariances, const Eigen::MatrixXd& factor,
+                                     const Eigen::VectorXd& weights, double mean, double sill) {
+  const Eigen::Index n = covariances.rows();
+  for (Eigen::Index object = 0; object < covariances.cols(); ++object)
+    predictions.predicted.push_back(mean +
+                                    QVDot(covariances.col(object).data(), weights.data(), n));
+  QVSolveLower(factor, covariances);
+  for (Eigen::Index object = 0; object < covariances.cols(); ++object) {
+    const double* column = covariances.col(object).data();
+    predictions.estimatedErrors.push_back(std::sqrt(sill - QVDot(column, column, n)));
+  }
+}
+
 /// Products with the inverse of a covariance matrix C, from its whitening matrix W, W'W = C^-1.
 struct QVInverseProducts {
   Eigen::VectorXd responses;  ///< C^-1 y

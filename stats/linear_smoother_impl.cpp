@@ -5,6 +5,7 @@
 
 #include "stats/api/stats_data_types.h"
 #include "stats/failure.h"
+#include "stats/linear_smoother_tables.h"
 
 namespace QVStats {
 
@@ -14,24 +15,6 @@ namespace Failure = QVStatModelFailureType;
 using QVStatsBadData::BadDouble;
 
 constexpr double kMaxTrainingSimilarity = 1.0 + 10.0 * std::numeric_limits<double>::epsilon();
-
-QVDataTableCol MakeResultColumn(const std::string& name, const std::string& fullName,
-                                const std::vector<double>& values,
-                                const std::vector<std::size_t>& rows, std::size_t numRows) {
-  std::vector<QVRowColValue> entries;
-  entries.reserve(values.size());
-  for (std::size_t i = 0; i < values.size(); ++i) entries.emplace_back(values[i], rows[i], 0);
-  return QVDataTableCol(name, fullName, QVStatVariableType::Ratio, numRows, entries, 1, false);
-}
-
-void Append(QVSimilarityPredictions& all, const QVSimilarityPredictions& part) {
-  const auto append = [](std::vector<double>& to, const std::vector<double>& from) {
-    to.insert(to.end(), from.begin(), from.end());
-  };
-  append(all.predicted, part.predicted);
-  append(all.averageWeights, part.averageWeights);
-  append(all.estimatedErrors, part.estimatedErrors);
-}
 
 }  // namespace
 
@@ -184,17 +167,7 @@ QVStatModelResult QVLinearSmootherOnSimilarityBase::FillKernelMatrix(Eigen::Matr
 
 QVStatModelResult QVLinearSmootherOnSimilarityBase::ReadResponses(Eigen::VectorXd& responses,
                                                                   const char* where) const {
-  const QVDataTableCol& column = table_.GetColumnFromName(responseColName_);
-  responses.resize(static_cast<Eigen::Index>(rows_.size()));
-  column.GetImpl()->GetDoubles(QVRowNumbers(rows_), 0, responses.data());
-  for (std::size_t i = 0; i < rows_.size(); ++i) {
-    const double y = responses[static_cast<Eigen::Index>(i)];
-    if (y == QVStatsBadData::BadIndexDouble || y == QVStatsBadData::MissingDouble || y == BadDouble)
-      return QVFailure(Failure::MissingOrBadResponseValue, where)
-             << "at row number(" << rows_[i]
-             << "), response value = " << column.GetString(rows_[i], 0);
-  }
-  return true;
+  return QVReadResponses(responses, table_.GetColumnFromName(responseColName_), rows_, where);
 }
 
 std::vector<double> QVLinearSmootherOnSimilarityBase::GetAverageWeightsOfOthers() const {
@@ -230,7 +203,7 @@ QVStatModelResult QVLinearSmootherOnSimilarityBase::GetPredictedResponses(
     QVStatModelResult result = GetPredictedResponse(
         predicted, averageWeight, estimatedError, QVDataTableCol("similarities", values, 1, false));
     if (result.NotSuccessful()) return result;
-    Append(all, {{predicted}, {averageWeight}, {estimatedError}});
+    QVAppend(all, {{predicted}, {averageWeight}, {estimatedError}});
   }
   predictions = std::move(all);
   return true;
@@ -288,18 +261,13 @@ QVStatModelResult QVLinearSmootherOnSimilarityBase::GetPredictedResponseCols(
     QVSimilarityPredictions block;
     result = GetPredictedResponses(block, similarities);
     if (QVFailedIn(result, where)) return result;
-    Append(all, block);
+    QVAppend(all, block);
   }
-  const std::string name = GetNameOfLinearSmootherOnSimilarity();
-  const std::size_t numRows = similarity.GetTotalNumRowsInCol();
-  predicted = MakeResultColumn("Predicted Response", "Predicted Response for" + name, all.predicted,
-                               rows, numRows);
-  averageWeights =
-      MakeResultColumn("Average Similarity Weights", "Average Similarity Weights" + name,
-                       all.averageWeights, rows, numRows);
-  estimatedErrors =
-      MakeResultColumn("Estimated Prediction Error", "Estimated Prediction Error" + name,
-                       all.estimatedErrors, rows, numRows);
+  const QVPredictionColumns columns(all, {rows, similarity.GetTotalNumRowsInCol()},
+                                    GetNameOfLinearSmootherOnSimilarity());
+  predicted = columns.predicted;
+  averageWeights = columns.averageWeights;
+  estimatedErrors = columns.estimatedErrors;
   return true;
 }
 
@@ -309,32 +277,17 @@ QVSimilarityRegressionResult QVLinearSmootherOnSimilarityBase::GetRegressionResu
     const std::string& description, const std::string& responseColName,
     const QVDataTable& table) const {
   static const char* const where = "QVLinearSmootherOnSimilarityBase::GetRegressionResults";
-  namespace Columns = QVSimilarityRegressionResultColTypes;
   using Result = QVSimilarityRegressionResult;
   if (!ModelIsValid())
     return Result(QVFailure(Failure::ObjectNotValid, where) << GetResultOfConstructor());
 
-  QVDataTableCol predicted;
-  QVDataTableCol weights;
-  QVDataTableCol errors;
-  QVStatModelResult result = GetPredictedResponseCols(predicted, weights, errors, table);
+  QVPredictionColumns columns;
+  QVStatModelResult result = GetPredictedResponseCols(columns.predicted, columns.averageWeights,
+                                                      columns.estimatedErrors, table);
+  QVDataTable results("");
+  if (result.IsSuccessful())
+    result = QVTabulatePredictions(results, table, responseColName, columns);
   if (QVFailedIn(result, where)) return Result(result);
-  const QVDataTableCol response = table.GetColumnFromName(result, responseColName);
-  if (QVFailedIn(result, where)) return Result(result);
-  QVDataTableCol residual = response - predicted;
-  QVDataTableCol absolute = QVAbsoluteValue(residual);
-  predicted.SetColumnName(Columns::TypeName[Columns::PredictedResponses]);
-  weights.SetColumnName(Columns::TypeName[Columns::AverageSimilarityWeights]);
-  errors.SetColumnName(Columns::TypeName[Columns::EstimatedPredictionError]);
-  residual.SetColumnName(Columns::TypeName[Columns::ResidualErrors]);
-  absolute.SetColumnName(Columns::TypeName[Columns::AbsoluteResidualErrors]);
-
-  QVDataTable results(table);
-  results.ClearColumns();
-  for (const QVDataTableCol& column : {response, predicted, weights, errors, residual, absolute}) {
-    result = results.AddColumn(column);
-    if (QVFailedIn(result, where)) return Result(result);
-  }
   return Result(result, GetNameOfLinearSmootherOnSimilarity(), description, results, params_,
                 paramNames_);
 }
@@ -345,14 +298,9 @@ QVSimilarityRegressionResult QVLinearSmootherOnSimilarityBase::GetTrainingSetRes
 
 QVSimilarityRegressionResult QVLinearSmootherOnSimilarityBase::GetTestSetResults(
     const std::string& responseColName, const QVDataTable& testTable) const {
-  static const char* const where = "QVLinearSmootherOnSimilarityBase::GetTestSetResults";
-  QVStatModelResult result;
-  const QVDataTableCol response = testTable.GetColumnFromName(result, responseColName);
-  if (QVFailedIn(result, where)) return QVSimilarityRegressionResult(result);
-  QVDataTable emptied(testTable);
-  emptied.ClearColumns();
-  result = emptied.AddColumn(response);
-  if (QVFailedIn(result, where)) return QVSimilarityRegressionResult(result);
+  QVStatModelResult result = QVCheckTestColumn(testTable, responseColName);
+  if (QVFailedIn(result, "QVLinearSmootherOnSimilarityBase::GetTestSetResults"))
+    return QVSimilarityRegressionResult(result);
   return GetRegressionResults("Test Set Results", responseColName, testTable);
 }
 

@@ -22,31 +22,33 @@ const char* const kCentredPrediction = "QVKrigeOnSimilarity::GetPredictedCentere
 
 // ----- what the models share
 
-QVKrigeOnSimilarityBase::QVKrigeOnSimilarityBase(unsigned int kernelType,
+QVKrigeOnSimilarityBase::QVKrigeOnSimilarityBase(unsigned int type, const Names& names,
+                                                 unsigned int kernelType,
                                                  const std::string& responseColName,
                                                  const std::string& similarityColName,
                                                  const QVDataTable& table)
-    : QVLinearSmootherOnSimilarityBase(responseColName, similarityColName, table) {
+    : QVLinearSmootherOnSimilarityBase(responseColName, similarityColName, table),
+      type_(type),
+      names_(names) {
   SetKernel(kernelType, kConstructor, {"nugget", "sill"});
 }
 
 QVStatModelResult QVKrigeOnSimilarityBase::SetModelParams(const std::vector<double>& params) {
-  const Names& names = GetNames();
   if (params.size() != 3)
-    return QVFailure(Failure::WrongInputVectorSize, names.setModelParams)
+    return QVFailure(Failure::WrongInputVectorSize, names_.setModelParams)
            << "size input params = " << params.size() << " size required = " << 3;
   const double nugget = params[1];
   if (nugget > params[2])
-    return QVFailure(Failure::ArgumentOutOfRange, names.setModelParams)
+    return QVFailure(Failure::ArgumentOutOfRange, names_.setModelParams)
            << "nugget (" << nugget << "); greater than sill (" << params[2] << ")";
   params_ = params;
   Eigen::MatrixXd covariance;
   QVStatModelResult result = FillCovariance(covariance);
   if (result.IsSuccessful() && !Factorise(covariance))
-    result = QVFailure(Failure::SingularScaleOrCovariance, names.decomposition)
+    result = QVFailure(Failure::SingularScaleOrCovariance, names_.decomposition)
              << "eigen ldlt.info() reports a numerical issue";
-  if (result.IsSuccessful()) result = ReadResponses(responses_, names.transformedResponse);
-  if (QVFailedIn(result, names.setModelParams)) {
+  if (result.IsSuccessful()) result = ReadResponses(responses_, names_.transformedResponse);
+  if (QVFailedIn(result, names_.setModelParams)) {
     params_.clear();
     return result;
   }
@@ -55,8 +57,7 @@ QVStatModelResult QVKrigeOnSimilarityBase::SetModelParams(const std::vector<doub
 }
 
 QVStatModelResult QVKrigeOnSimilarityBase::FillCovariance(Eigen::MatrixXd& covariance) const {
-  QVStatModelResult result =
-      FillKernelMatrix(covariance, GetPartialSill(), GetNames().decomposition);
+  QVStatModelResult result = FillKernelMatrix(covariance, GetPartialSill(), names_.decomposition);
   if (result.IsSuccessful()) covariance.diagonal().array() += params_[1];
   return result;
 }
@@ -65,7 +66,7 @@ QVStatModelResult QVKrigeOnSimilarityBase::GetPredictedResponse(
     double& predicted, double& averageWeight, double& estimatedError,
     const QVDataTableCol& similarities) const {
   predicted = averageWeight = estimatedError = BadDouble;
-  QVStatModelResult result = CheckQuery(similarities, GetNames().getPredictedResponse);
+  QVStatModelResult result = CheckQuery(similarities, names_.getPredictedResponse);
   if (result.NotSuccessful()) return result;
   return PredictOne(predicted, averageWeight, estimatedError, similarities);
 }
@@ -76,7 +77,7 @@ QVStatModelResult QVKrigeOnSimilarityBase::GetCovariances(
   static const SimilarityRange range = {1.0 + 10.0 * std::numeric_limits<double>::epsilon(),
                                         Failure::MissingOrBadPredictorValue, "at row (",
                                         ") similarity value = "};
-  const char* where = GetNames().getPredictedResponse;
+  const char* where = names_.getPredictedResponse;
   QVStatModelResult result = CheckParams(where);
   for (Eigen::Index object = 0; result.IsSuccessful() && object < similarities.cols(); ++object) {
     result = CheckSimilarities(range, kCentredPrediction, similarities.col(object).data());
@@ -105,23 +106,12 @@ QVKrigeOnSimilarity::QVKrigeOnSimilarity(unsigned int kernelType,
                                          const std::string& responseColName,
                                          const std::string& similarityColName,
                                          const QVDataTable& table)
-    : QVKrigeOnSimilarityBase(kernelType, responseColName, similarityColName, table) {}
-
-QVKrigeOnSimilarity* QVKrigeOnSimilarity::CreateCopy() const {
-  return new QVKrigeOnSimilarity(*this);
-}
-
-unsigned int QVKrigeOnSimilarity::GetTypeOfLinearSmootherOnSimilarity() const {
-  return QVLinearSmootherOnSimilarityType::Krige;
-}
-
-const QVKrigeOnSimilarityBase::Names& QVKrigeOnSimilarity::GetNames() const {
-  static const Names names = {"QVKrigeOnSimilarity::SetModelParams",
-                              "QVKrigeOnSimilarity::GetTrainingSetLLTDecomposition",
-                              "QVKrigeOnSimilarity::GetTrainingSetTransformedResponse",
-                              "QVKrigeOnSimilarity::GetPredictedResponse"};
-  return names;
-}
+    : QVKrigeOnSimilarityBase(QVLinearSmootherOnSimilarityType::Krige,
+                              {"QVKrigeOnSimilarity::SetModelParams",
+                               "QVKrigeOnSimilarity::GetTrainingSetLLTDecomposition",
+                               "QVKrigeOnSimilarity::GetTrainingSetTransformedResponse",
+                               "QVKrigeOnSimilarity::GetPredictedResponse"},
+                              kernelType, responseColName, similarityColName, table) {}
 
 bool QVKrigeOnSimilarity::Factorise(Eigen::MatrixXd& covariance) {
   if (!QVFactoriseInPlace(covariance)) return false;
@@ -130,10 +120,7 @@ bool QVKrigeOnSimilarity::Factorise(Eigen::MatrixXd& covariance) {
 }
 
 void QVKrigeOnSimilarity::SetResponses(const Eigen::VectorXd& responses) {
-  meanResponse_ = responses.sum() / static_cast<double>(responses.size());
-  weights_ = responses.array() - meanResponse_;
-  QVSolveLower(factor_, weights_);
-  QVSolveLowerTransposed(factor_, weights_);
+  meanResponse_ = QVSolveSimpleKriging(weights_, factor_, responses);
 }
 
 QVStatModelResult QVKrigeOnSimilarity::GetPredictedResponses(
@@ -143,15 +130,7 @@ QVStatModelResult QVKrigeOnSimilarity::GetPredictedResponses(
   QVSimilarityPredictions all;
   QVStatModelResult result = GetCovariances(covariances, all.averageWeights, similarities);
   if (result.NotSuccessful()) return result;
-  const Eigen::Index n = covariances.rows();
-  for (Eigen::Index object = 0; object < covariances.cols(); ++object)
-    all.predicted.push_back(meanResponse_ +
-                            QVDot(covariances.col(object).data(), weights_.data(), n));
-  QVSolveLower(factor_, covariances);
-  for (Eigen::Index object = 0; object < covariances.cols(); ++object) {
-    const double* column = covariances.col(object).data();
-    all.estimatedErrors.push_back(std::sqrt(GetSill() - QVDot(column, column, n)));
-  }
+  QVPredictBySimpleKriging(all, covariances, factor_, weights_, meanResponse_, GetSill());
   predictions = std::move(all);
   return true;
 }
@@ -174,23 +153,12 @@ QVOrdinaryKrigeOnSimilarity::QVOrdinaryKrigeOnSimilarity(unsigned int kernelType
                                                          const std::string& responseColName,
                                                          const std::string& similarityColName,
                                                          const QVDataTable& table)
-    : QVKrigeOnSimilarityBase(kernelType, responseColName, similarityColName, table) {}
-
-QVOrdinaryKrigeOnSimilarity* QVOrdinaryKrigeOnSimilarity::CreateCopy() const {
-  return new QVOrdinaryKrigeOnSimilarity(*this);
-}
-
-unsigned int QVOrdinaryKrigeOnSimilarity::GetTypeOfLinearSmootherOnSimilarity() const {
-  return QVLinearSmootherOnSimilarityType::OrdinaryKrige;
-}
-
-const QVKrigeOnSimilarityBase::Names& QVOrdinaryKrigeOnSimilarity::GetNames() const {
-  static const Names names = {"QVOrdinaryKrigeOnSimilarity::SetModelParams",
-                              "QVOrdinaryKrigeOnSimilarity::GetTrainingSetLDLTDecomposition",
-                              "QVOrdinaryKrigeOnSimilarity::GetTrainingSetTransformedResponse",
-                              "QVOrdinaryKrigeOnSimilarity::GetPredictedResponse"};
-  return names;
-}
+    : QVKrigeOnSimilarityBase(QVLinearSmootherOnSimilarityType::OrdinaryKrige,
+                              {"QVOrdinaryKrigeOnSimilarity::SetModelParams",
+                               "QVOrdinaryKrigeOnSimilarity::GetTrainingSetLDLTDecomposition",
+                               "QVOrdinaryKrigeOnSimilarity::GetTrainingSetTransformedResponse",
+                               "QVOrdinaryKrigeOnSimilarity::GetPredictedResponse"},
+                              kernelType, responseColName, similarityColName, table) {}
 
 bool QVOrdinaryKrigeOnSimilarity::Factorise(Eigen::MatrixXd& covariance) {
   const Eigen::Index n = covariance.rows();

@@ -345,24 +345,6 @@ TEST_P(EverySmoother, TellsWhatIsWrongWithItsInput) {
   Eigen::VectorXd edge = sample.similarities.col(0);
   edge[0] = 1.0 + 10.0 * 2.220446049250313e-16;
   EXPECT_EQ(Predict(*model, ColumnOf(edge)).result.IsSuccessful(), isKriging);
-  edge[0] = 1.0;
-  edge[2] = -0.25;
-  const Prediction bad = Predict(*model, ColumnOf(edge));
-  EXPECT_EQ(bad.result.GetFailureType(), type == Type::KernelRegression
-                                             ? Failure::ArgumentOutOfRange
-                                             : Failure::MissingOrBadPredictorValue);
-  EXPECT_THAT(bad.result.ReportStatResultDetails(),
-              HasSubstr(type == Type::KernelRegression ? "At row num (2); sim value = -0.25"
-                                                       : "at row (2) similarity value = -0.25"));
-
-  Eigen::VectorXd responses = sample.responses;
-  responses[3] = QVStatsBadData::MissingDouble;
-  const auto missing = Make(type, Sample::MakeTable(sample.similarities, responses));
-  QVStatModelResult result = missing->SetModelParams(ParamsOf(type));
-  if (type == Type::KernelRegression) result = Predict(*missing, query).result;
-  EXPECT_EQ(result.GetFailureType(), type == Type::KernelRegression
-                                         ? Failure::ArgumentOutOfRange
-                                         : Failure::MissingOrBadResponseValue);
 
   const auto null = Make(type, sample.table, Kernel::Null);
   EXPECT_THAT(null->GetResultOfConstructor(),
@@ -377,26 +359,92 @@ TEST_P(EverySmoother, TellsWhatIsWrongWithItsInput) {
               HasSubstr("Predictor column sim Is not a symmetric matrix"));
 }
 
-TEST(KrigeOnSimilarity, BadParametersAndSimilarities) {
+/// What a model says of bad data, parameters or queries, from the first step that refuses them.
+struct BadInput {
+  const char* name;
+  std::vector<unsigned int> types;
+  unsigned int failure;
+  const char* text;
+  /// Spoils the similarities and responses of four training rows, the parameters and the query.
+  void (*spoil)(Eigen::MatrixXd& s, Eigen::VectorXd& y, std::vector<double>& params,
+                Eigen::VectorXd& query);
+};
+void PrintTo(const BadInput& row, std::ostream* out) { *out << row.name; }
+
+using Matrix = Eigen::MatrixXd;
+using Vector = Eigen::VectorXd;
+using Params = std::vector<double>;
+const std::vector<unsigned int> kKrigings = {Type::Krige, Type::OrdinaryKrige};
+const std::vector<unsigned int> kFitted = {Type::GaussianProcess, Type::Krige, Type::OrdinaryKrige};
+
+const BadInput kBadInputs[] = {
+    {"TrainingSimilarityAboveOne", kFitted, Failure::MissingOrBadPredictorValue,
+     "at row, column (1,2), similarity value = 1.5",
+     [](Matrix& s, Vector&, Params&, Vector&) { s(2, 1) = s(1, 2) = 1.5; }},
+    {"TrainingSimilarityBelowZero", kFitted, Failure::MissingOrBadPredictorValue,
+     "at row, column (0,3), similarity value = -0.5",
+     [](Matrix& s, Vector&, Params&, Vector&) { s(3, 0) = s(0, 3) = -0.5; }},
+    {"MissingTrainingSimilarity", kFitted, Failure::MissingOrBadPredictorValue,
+     "at row, column (3,3), similarity value = 1.79769e+307",
+     [](Matrix& s, Vector&, Params&, Vector&) { s(3, 3) = QVStatsBadData::MissingDouble; }},
+    {"QueryAboveOne", kFitted, Failure::MissingOrBadPredictorValue,
+     "at row (3) similarity value = 1.5",
+     [](Matrix&, Vector&, Params&, Vector& query) { query[3] = 1.5; }},
+    {"QueryAboveOneForKernelRegression",
+     {Type::KernelRegression},
+     Failure::ArgumentOutOfRange,
+     "At row num (3); sim value = 1.5",
+     [](Matrix&, Vector&, Params&, Vector& query) { query[3] = 1.5; }},
+    {"MissingResponse", kFitted, Failure::MissingOrBadResponseValue, "at row number(1)",
+     [](Matrix&, Vector& y, Params&, Vector&) { y[1] = QVStatsBadData::MissingDouble; }},
+    {"BadResponseForKernelRegression",
+     {Type::KernelRegression},
+     Failure::ArgumentOutOfRange,
+     "At row num 1, response column value = 1.79769e+308",
+     [](Matrix&, Vector& y, Params&, Vector&) { y[1] = BadDouble; }},
+    {"NuggetAboveSill", kKrigings, Failure::ArgumentOutOfRange, "nugget (2); greater than sill (1)",
+     [](Matrix&, Vector&, Params& params, Vector&) {
+       params = {1.0, 2.0, 1.0};
+     }},
+    {"ZeroCovariance", kKrigings, Failure::SingularScaleOrCovariance,
+     "eigen ldlt.info() reports a numerical issue",
+     [](Matrix&, Vector&, Params& params, Vector&) {
+       params = {1.0, 0.0, 0.0};
+     }},
+    {"EqualRowsWithoutNugget",
+     {Type::Krige},
+     Failure::SingularScaleOrCovariance,
+     "eigen ldlt.info() reports a numerical issue",
+     [](Matrix& s, Vector&, Params& params, Vector&) {
+       s.setConstant(0.25);
+       params = {0.0, 0.0, 1.0};
+     }},
+};
+
+class RefusesBadInput : public testing::TestWithParam<BadInput> {};
+INSTANTIATE_TEST_SUITE_P(Cases, RefusesBadInput, testing::ValuesIn(kBadInputs),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST_P(RefusesBadInput, AndSaysWhere) {
+  for (const unsigned int type : GetParam().types) {
+    Sample sample(4);
+    Vector query = sample.similarities.col(1) * 0.9;
+    Params params = ParamsOf(type);
+    GetParam().spoil(sample.similarities, sample.responses, params, query);
+    const auto model = Make(type, Sample::MakeTable(sample.similarities, sample.responses));
+    QVStatModelResult result = model->SetModelParams(params);
+    if (result.IsSuccessful()) result = Predict(*model, ColumnOf(query)).result;
+    EXPECT_EQ(result.GetFailureType(), GetParam().failure) << type;
+    EXPECT_THAT(result.ReportStatResultDetails(), HasSubstr(GetParam().text)) << type;
+  }
+}
+
+TEST(KrigeOnSimilarity, AllNuggetIsTheMean) {
   const Sample sample(5);
-  const auto model = Make(Type::OrdinaryKrige, sample.table);
-  EXPECT_THAT(
-      model->SetModelParams({1.0, 0.5, 0.2}),
-      FailedAlong(Failure::ArgumentOutOfRange, Texts{"QVOrdinaryKrigeOnSimilarity::SetModelParams"},
-                  Texts{"nugget (0.5); greater than sill (0.2)"}));
   const auto flat = Make(Type::Krige, sample.table);
   ASSERT_TRUE(flat->SetModelParams({1.0, 0.5, 0.5}).IsSuccessful());
   EXPECT_THAT(Predict(*flat, ColumnOf(sample.similarities.col(1))).predicted,
               IsCloseTo(sample.responses.mean(), 1e-14));
-
-  Eigen::MatrixXd bad = sample.similarities;
-  bad(4, 1) = bad(1, 4) = 1.5;
-  for (const unsigned int type : {Type::Krige, Type::GaussianProcess}) {
-    const auto refused = Make(type, Sample::MakeTable(bad, sample.responses));
-    EXPECT_THAT(refused->SetModelParams(ParamsOf(type)).ReportStatResultDetails(),
-                HasSubstr("at row, column (1,4), similarity value = 1.5"));
-    EXPECT_EQ(refused->ModelIsValid(), type == Type::GaussianProcess);
-  }
 }
 
 TEST(KernelRegressionOnSimilarity, WithoutWeightIsThePlainMean) {

@@ -306,14 +306,13 @@ class QVSTATS_EXPORT QVGaussianProcessOnSimilarity : public QVLinearSmootherOnSi
 /// Source: J.-P. Chiles, P. Delfiner, "Geostatistics", 2nd edition, 2012, chapter 3.
 class QVSTATS_EXPORT QVKrigeOnSimilarityBase : public QVLinearSmootherOnSimilarityBase {
  public:
+  unsigned int GetTypeOfLinearSmootherOnSimilarity() const override { return type_; }
   QVStatModelResult SetModelParams(const std::vector<double>& params) override;
   QVStatModelResult GetPredictedResponse(double& predicted, double& averageWeight,
                                          double& estimatedError,
                                          const QVDataTableCol& similarities) const override;
 
  protected:
-  QVKrigeOnSimilarityBase(unsigned int kernelType, const std::string& responseColName,
-                          const std::string& similarityColName, const QVDataTable& table);
   /// The names of a model's routines, as failures tell them.
   struct Names {
     const char* setModelParams;
@@ -321,7 +320,9 @@ class QVSTATS_EXPORT QVKrigeOnSimilarityBase : public QVLinearSmootherOnSimilari
     const char* transformedResponse;
     const char* getPredictedResponse;
   };
-  virtual const Names& GetNames() const = 0;
+  QVKrigeOnSimilarityBase(unsigned int type, const Names& names, unsigned int kernelType,
+                          const std::string& responseColName, const std::string& similarityColName,
+                          const QVDataTable& table);
   /// Factorises C, given by its lower triangle, in place. \return whether it is usable.
   virtual bool Factorise(Eigen::MatrixXd& covariance) = 0;
   virtual void SetResponses(const Eigen::VectorXd& responses) = 0;
@@ -339,6 +340,10 @@ class QVSTATS_EXPORT QVKrigeOnSimilarityBase : public QVLinearSmootherOnSimilari
   /// The Cholesky factor of C in the lower triangle; empty when C has none.
   Eigen::MatrixXd factor_;
   Eigen::VectorXd responses_;
+
+ private:
+  unsigned int type_;
+  Names names_;
 };
 
 /// Simple kriging around the mean of the responses: m + k' C^-1 (y - m), k the covariances of the
@@ -347,14 +352,12 @@ class QVSTATS_EXPORT QVKrigeOnSimilarity : public QVKrigeOnSimilarityBase {
  public:
   QVKrigeOnSimilarity(unsigned int kernelType, const std::string& responseColName,
                       const std::string& similarityColName, const QVDataTable& table);
-  QVKrigeOnSimilarity* CreateCopy() const override;
-  unsigned int GetTypeOfLinearSmootherOnSimilarity() const override;
+  QVKrigeOnSimilarity* CreateCopy() const override { return new QVKrigeOnSimilarity(*this); }
   QVStatModelResult GetPredictedResponses(QVSimilarityPredictions& predictions,
                                           const Eigen::MatrixXd& similarities) const override;
   QVStatModelResult GetLeaveOneOutPredictions(QVSimilarityPredictions& predictions) const override;
 
  private:
-  const Names& GetNames() const override;
   bool Factorise(Eigen::MatrixXd& covariance) override;
   void SetResponses(const Eigen::VectorXd& responses) override;
 
@@ -371,8 +374,9 @@ class QVSTATS_EXPORT QVOrdinaryKrigeOnSimilarity : public QVKrigeOnSimilarityBas
  public:
   QVOrdinaryKrigeOnSimilarity(unsigned int kernelType, const std::string& responseColName,
                               const std::string& similarityColName, const QVDataTable& table);
-  QVOrdinaryKrigeOnSimilarity* CreateCopy() const override;
-  unsigned int GetTypeOfLinearSmootherOnSimilarity() const override;
+  QVOrdinaryKrigeOnSimilarity* CreateCopy() const override {
+    return new QVOrdinaryKrigeOnSimilarity(*this);
+  }
   QVStatModelResult GetPredictedResponses(QVSimilarityPredictions& predictions,
                                           const Eigen::MatrixXd& similarities) const override;
   /// The estimated errors are those of ordinary kriging.
@@ -383,7 +387,6 @@ class QVSTATS_EXPORT QVOrdinaryKrigeOnSimilarity : public QVKrigeOnSimilarityBas
                                              const Eigen::MatrixXd& similarities) const;
 
  private:
-  const Names& GetNames() const override;
   bool Factorise(Eigen::MatrixXd& covariance) override;
   void SetResponses(const Eigen::VectorXd& responses) override;
 

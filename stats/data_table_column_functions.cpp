@@ -696,7 +696,7 @@ QVStatModelResult QVGetUserDefConstBinWidthHistPlotPtsConfidenceInt(
                     });
 }
 
-QVStatModelResult QVGetScatterPlotPointsForTwoColumnNames(
+QVStatModelResult QVGetScatterPlotPtsForColumnNamePair(
     QVMath::QVDataSeries& series, double& xmin, double& xmax, double& ymin, double& ymax,
     const QVDataTable& table, const std::string& nameOne, const std::string& nameTwo,
     std::size_t elemOne, std::size_t elemTwo, double xmin0, double xmax0, double ymin0,
@@ -705,7 +705,7 @@ QVStatModelResult QVGetScatterPlotPointsForTwoColumnNames(
   std::size_t numMissing, numBad;
   QVStatModelResult result = QVGetVecOfPairedDataFromTwoColumnsOfRatioType(
       pairs, numMissing, numBad, table, nameOne, nameTwo, elemOne, elemTwo);
-  if (QVFailedIn(result, "QVGetScatterPlotPointsForTwoColumnNames")) return result;
+  if (QVFailedIn(result, "QVGetScatterPlotPtsForColumnNamePair")) return result;
   xmin = xmin0;
   xmax = xmax0;
   ymin = ymin0;

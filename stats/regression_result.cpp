@@ -2,7 +2,9 @@
 
 #include <sstream>
 
+#include "stats/api/data_table_column_functions.h"
 #include "stats/api/stats_data_types.h"
+#include "stats/failure.h"
 
 namespace QVStats {
 
@@ -76,6 +78,33 @@ std::string QVUnivariateRegressionResult::PrintSummaryPlusFirstRowsOfData(std::s
                            table_, first, last);
 }
 
+double QVUnivariateRegressionResult::GetSampleStatisticOnColumn(QVStatModelResult& result,
+                                                                std::size_t& numMissing,
+                                                                std::size_t& numBad,
+                                                                unsigned int statisticType,
+                                                                std::string colName) const {
+  const double value = QVGetSampleStatisticForColumnOfRatioType(
+      result, numMissing, numBad, statisticType, table_, colName, predictorSubCol_);
+  QVFailedIn(result, "QVUnivariateRegressionResult::GetSampleStatisticOnColumn");
+  return value;
+}
+
+double QVUnivariateRegressionResult::GetSampleStatisticOnColumnPair(
+    QVStatModelResult& result, std::size_t& numMissing, std::size_t& numBad,
+    unsigned int statisticType, const std::string& colName1, const std::string& colName2) const {
+  return QVGetTwoSampleStatisticForTwoColumnsOfRatioType(result, numMissing, numBad, statisticType,
+                                                         table_, colName1, colName2, 0, 0);
+}
+
+QVStatModelResult QVUnivariateRegressionResult::GetScatterPlotPtsForColumnNamePair(
+    QVMath::QVDataSeries& points, double& xmin, double& xmax, double& ymin, double& ymax,
+    const std::string& xColName, const std::string& yColName, std::size_t xSubCol,
+    std::size_t ySubCol, double xmin0, double xmax0, double ymin0, double ymax0) const {
+  return QVGetScatterPlotPtsForColumnNamePair(points, xmin, xmax, ymin, ymax, table_, xColName,
+                                              yColName, xSubCol, ySubCol, xmin0, xmax0, ymin0,
+                                              ymax0);
+}
+
 QVSimilarityRegressionResult::QVSimilarityRegressionResult(const QVStatModelResult& result)
     : result_(result),
       smootherName_("Null Model"),
@@ -101,6 +130,33 @@ std::string QVSimilarityRegressionResult::PrintSummaryPlusFirstRowsOfData(std::s
                                                                           std::size_t last) const {
   return SummariseWithData({smootherName_, description_, result_, paramValues_, paramNames_},
                            table_, first, last);
+}
+
+double QVSimilarityRegressionResult::GetSampleStatisticOnColumn(QVStatModelResult& result,
+                                                                std::size_t& numMissing,
+                                                                std::size_t& numBad,
+                                                                unsigned int statisticType,
+                                                                std::string colName) const {
+  const double value = QVGetSampleStatisticForColumnOfRatioType(result, numMissing, numBad,
+                                                                statisticType, table_, colName, 0);
+  QVFailedIn(result, "QVSimilarityRegressionResult::GetSampleStatisticOnColumn");
+  return value;
+}
+
+double QVSimilarityRegressionResult::GetSampleStatisticOnColumnPair(
+    QVStatModelResult& result, std::size_t& numMissing, std::size_t& numBad,
+    unsigned int statisticType, const std::string& colName1, const std::string& colName2) const {
+  return QVGetTwoSampleStatisticForTwoColumnsOfRatioType(result, numMissing, numBad, statisticType,
+                                                         table_, colName1, colName2, 0, 0);
+}
+
+QVStatModelResult QVSimilarityRegressionResult::GetScatterPlotPtsForColumnNamePair(
+    QVMath::QVDataSeries& points, double& xmin, double& xmax, double& ymin, double& ymax,
+    const std::string& xColName, const std::string& yColName, std::size_t xSubCol,
+    std::size_t ySubCol, double xmin0, double xmax0, double ymin0, double ymax0) const {
+  return QVGetScatterPlotPtsForColumnNamePair(points, xmin, xmax, ymin, ymax, table_, xColName,
+                                              yColName, xSubCol, ySubCol, xmin0, xmax0, ymin0,
+                                              ymax0);
 }
 
 }  // namespace QVStats

@@ -304,8 +304,8 @@ TEST_F(ColumnFunctions, BadColumns) {
                                                              0, 0, 0, 0, 0);
       },
       [&](Table t, Name c) {
-        return QVGetScatterPlotPointsForTwoColumnNames(series, xmin, xmax, ymin, ymax, t, c, "y", 0,
-                                                       0, 0, 0, 0, 0);
+        return QVGetScatterPlotPtsForColumnNamePair(series, xmin, xmax, ymin, ymax, t, c, "y", 0, 0,
+                                                    0, 0, 0, 0);
       },
   };
   const QVDataTable noRows("no rows", table_, QVDataTableRowSet(std::vector<std::size_t>{}));
@@ -358,8 +358,8 @@ TEST_F(ColumnFunctions, PlotPoints) {
                                                                 table_, "x", 0, 5, 1, 6)
                   .IsSuccessful());
   EXPECT_EQ(series.GetNumPoints(), 16u);
-  EXPECT_TRUE(QVGetScatterPlotPointsForTwoColumnNames(series, xmin, xmax, ymin, ymax, table_, "x",
-                                                      "y", 0, 0, 2, 3, 20, 20)
+  EXPECT_TRUE(QVGetScatterPlotPtsForColumnNamePair(series, xmin, xmax, ymin, ymax, table_, "x", "y",
+                                                   0, 0, 2, 3, 20, 20)
                   .IsSuccessful());
   EXPECT_EQ((Values{xmin, xmax, ymin, ymax}), (Values{1, 6, 3, 21}));
   EXPECT_EQ(series.GetNumPoints(), 3u);

@@ -231,7 +231,7 @@ QVSTATS_EXPORT QVStatModelResult QVGetUserDefConstBinWidthHistPlotPtsConfidenceI
     double level);
 /// The pairs of values of two columns as points, and the ranges of both, widened from the four
 /// starting values.
-QVSTATS_EXPORT QVStatModelResult QVGetScatterPlotPointsForTwoColumnNames(
+QVSTATS_EXPORT QVStatModelResult QVGetScatterPlotPtsForColumnNamePair(
     QVMath::QVDataSeries& series, double& xmin, double& xmax, double& ymin, double& ymax,
     const QVDataTable& table, const std::string& nameOne, const std::string& nameTwo,
     std::size_t elemOne, std::size_t elemTwo, double xmin0, double xmax0, double ymin0,

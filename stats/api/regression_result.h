@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/math/data_series.h"
 #include "stats/api/data_table.h"
 #include "stats/api/export.h"
 #include "stats/api/stat_model.h"
@@ -36,6 +37,25 @@ class QVSTATS_EXPORT QVUnivariateRegressionResult {
   QVDataTableCol GetColumnFromName(QVStatModelResult& result, const std::string& name) const {
     return table_.GetColumnFromName(result, name);
   }
+
+  /// A code of QVSampleStatisticType, of value `predictorSubCol` of a column's rows (whichever the
+  /// column), with the counts of missing and bad cells. Failures: those of
+  /// QVGetSampleStatisticForColumnOfRatioType; the bad double then.
+  double GetSampleStatisticOnColumn(QVStatModelResult& result, std::size_t& numMissing,
+                                    std::size_t& numBad, unsigned int statisticType,
+                                    std::string colName) const;
+  /// A code of QVTwoSampleStatisticType, of value 0 of the rows of both columns; also of
+  /// those whose values stand elsewhere.
+  double GetSampleStatisticOnColumnPair(QVStatModelResult& result, std::size_t& numMissing,
+                                        std::size_t& numBad, unsigned int statisticType,
+                                        const std::string& colName1,
+                                        const std::string& colName2) const;
+  /// The pairs of values of two columns as points, and their ranges, widened from four starting
+  /// values: QVGetScatterPlotPtsForColumnNamePair on the result table.
+  QVStatModelResult GetScatterPlotPtsForColumnNamePair(
+      QVMath::QVDataSeries& points, double& xmin, double& xmax, double& ymin, double& ymax,
+      const std::string& xColName, const std::string& yColName, std::size_t xSubCol,
+      std::size_t ySubCol, double xmin0, double xmax0, double ymin0, double ymax0) const;
 
   /// Model, outcome and parameters, a line each, then the summaries of the table's columns. A
   /// parameter without a value "is Not Defined".
@@ -68,6 +88,23 @@ class QVSTATS_EXPORT QVSimilarityRegressionResult {
   QVDataTableCol GetColumnFromName(QVStatModelResult& result, const std::string& name) const {
     return table_.GetColumnFromName(result, name);
   }
+
+  /// A code of QVSampleStatisticType, of value 0 of a column's rows, with the counts of missing and
+  /// bad cells. Failures: those of QVGetSampleStatisticForColumnOfRatioType; the bad double then.
+  double GetSampleStatisticOnColumn(QVStatModelResult& result, std::size_t& numMissing,
+                                    std::size_t& numBad, unsigned int statisticType,
+                                    std::string colName) const;
+  /// A code of QVTwoSampleStatisticType, of value 0 of the rows of both columns.
+  double GetSampleStatisticOnColumnPair(QVStatModelResult& result, std::size_t& numMissing,
+                                        std::size_t& numBad, unsigned int statisticType,
+                                        const std::string& colName1,
+                                        const std::string& colName2) const;
+  /// The pairs of values of two columns as points, and their ranges, widened from four starting
+  /// values: QVGetScatterPlotPtsForColumnNamePair on the result table.
+  QVStatModelResult GetScatterPlotPtsForColumnNamePair(
+      QVMath::QVDataSeries& points, double& xmin, double& xmax, double& ymin, double& ymax,
+      const std::string& xColName, const std::string& yColName, std::size_t xSubCol,
+      std::size_t ySubCol, double xmin0, double xmax0, double ymin0, double ymax0) const;
 
   std::string PrintSummary() const;
   std::string PrintSummaryPlusFirstRowsOfData(std::size_t first, std::size_t last) const;

@@ -20,11 +20,13 @@ constexpr double kMaxSimilarity = 1.0 + 10.0 * std::numeric_limits<double>::epsi
 
 bool IsSimilarity(double s) { return s >= 0.0 && s <= kMaxSimilarity; }
 
-/// The similarities of a number to those of the training rows.
+/// The similarities of a number to those of the training rows. Without a range only equals are
+/// related.
 void GetSimilarities(const std::vector<double>& values, std::size_t first, double range, double x,
                      double* similarities) {
   for (std::size_t i = first; i < values.size(); ++i)
-    similarities[i - first] = std::max(0.0, 1.0 - std::abs(x - values[i]) / range);
+    similarities[i - first] =
+        x == values[i] ? 1.0 : std::max(0.0, 1.0 - std::abs(x - values[i]) / range);
 }
 
 /// Fails at the first number of the rows that is missing, bad or not finite.
@@ -87,9 +89,6 @@ QVStatModelResult QVLinearSmootherOnPredColumnsBase::AddPredictor(const QVDataTa
   const auto [least, largest] =
       std::minmax_element(predictor.values.begin(), predictor.values.end());
   predictor.range = *largest - *least;
-  if (!(predictor.range > 0.0))
-    return QVFailure(Failure::LowerBoundViolated, where)
-           << "Predictor column " << name << " has the same value in all rows";
   return true;
 }
 

@@ -3,9 +3,12 @@
 #include <gmock/gmock.h>
 
 #include <Eigen/Dense>
+#include <algorithm>
 #include <cmath>
 #include <random>
 
+#include "stats/api/data_vector_functions.h"
+#include "stats/api/linear_smoother_variogram_columns.h"
 #include "stats/api/stats_data_types.h"
 #include "tests/support/matchers.h"
 
@@ -219,7 +222,6 @@ INSTANTIATE_TEST_SUITE_P(
                   {"x", "wide"},
                   kKernels,
                   "Predictor column wide Is not a symmetric matrix and has 2 values a row"},
-        SetUpCase{"Flat", {"flat"}, {1}, "Predictor column flat has the same value in all rows"},
         SetUpCase{"Missing", {"gap"}, {1}, "for predictor column gap at row (2) value = "},
         SetUpCase{"FewKernels", {"x", "sim"}, {1}, "num kernel types = 1; num pred cols = 2"},
         SetUpCase{
@@ -230,7 +232,6 @@ TEST_P(PredColumnsSetUp, TellsWhatIsWrong) {
   const Sample sample(4);
   QVDataTable table = sample.table;
   table.AddColumn(QVDataTableCol("wide", Values(8, 0.5), 2, false));
-  table.AddColumn(QVDataTableCol("flat", Values(4, 3.0), 1, false));
   table.AddColumn(QVDataTableCol("gap", Values{1, 2, QVStatsBadData::MissingDouble, 4}, 1, false));
   QVKrigeOnPredColumns model(GetParam().kernels, "y", GetParam().predictors, table);
   EXPECT_THAT(model.GetResultOfConstructor(), HasSubstr(GetParam().text));
@@ -265,6 +266,49 @@ TEST(KrigeOnPredColumns, BadParametersAndTestTables) {
   test.AddColumn(QVDataTableCol("sim", Values(16, 0.5), 8, false));
   EXPECT_THAT(model.GetTestSetResults("y", test).GetResultOfRegression().ReportStatResultDetails(),
               HasSubstr("for predictor column x at row (1) value = "));
+}
+
+// A column that is the same in all rows changes nothing.
+TEST(KrigeOnPredColumns, ConstantColumnsTellNothing) {
+  const Sample all(12);
+  QVDataTable table = all.table;
+  table.AddColumn(QVDataTableCol("flat", Values(12, 3.0), 1, false));
+  QVKrigeOnPredColumns with({Kernel::Exponential, Kernel::Linear}, "y", {"sim", "flat"}, table);
+  QVKrigeOnPredColumns without({Kernel::Exponential}, "y", {"sim"}, table);
+  ASSERT_TRUE(with.SetModelParams({3.0, 1.0, 0.1, 0.9}).IsSuccessful());
+  ASSERT_TRUE(without.SetModelParams({3.0, 0.1, 0.9}).IsSuccessful());
+  const QVSimilarityRegressionResult one = with.GetTestSetResults("y", table);
+  const QVSimilarityRegressionResult two = without.GetTestSetResults("y", table);
+  for (std::size_t i = 0; i < 12; ++i)
+    EXPECT_THAT(Read(one, "PredictedResponses", i),
+                IsCloseTo(Read(two, "PredictedResponses", i), 1e-12));
+}
+
+// Parameters from the variogram of the same columns, in its order.
+TEST(KrigeOnPredColumns, TakesWhatTheVariogramFits) {
+  const Sample all(120);
+  const QVDataTable training = all.Select(Range(0, 90));
+  const Names columns = {"x", "sim"};
+  QVVariogramOnPredColumns variogram("y", columns, training, {12, 8}, true, 0.1, {0.5, 0.5},
+                                     QVSampleStatisticType::Mean, 0.0);
+  double objective = 0.0;
+  ASSERT_TRUE(
+      variogram.CalcOptimalTheoryVariogram(objective, kKernels, {0.5, 0.1}, {40, 5}, {40, 25})
+          .IsSuccessful());
+  QVKrigeOnPredColumns model(kKernels, "y", columns, training);
+  Values params = variogram.GetKrigingParameters();
+  params[2] = std::max(params[2], 1e-3);
+  const QVStatModelResult fit = model.SetModelParams(params);
+  ASSERT_TRUE(fit.IsSuccessful()) << fit.ReportStatResultDetails();
+  const QVSimilarityRegressionResult results =
+      model.GetTestSetResults("y", all.Select(Range(90, 120)));
+  double squares = 0.0;
+  double spread = 0.0;
+  for (std::size_t row = 90; row < 120; ++row) {
+    squares += std::pow(Read(results, "ResidualErrors", row), 2);
+    spread += std::pow(all.y[static_cast<Eigen::Index>(row)] - all.y.head(90).mean(), 2);
+  }
+  EXPECT_LT(squares, 0.3 * spread);
 }
 
 TEST(NullRegressionOnPredColumns, PredictsNothing) {

@@ -48,7 +48,6 @@ class QVSTATS_EXPORT QVLinearSmootherOnPredColumnsBase {
   /// - MismatchBetweenPrivateVecSizes: a predictor is neither a symmetric matrix nor one number a
   ///   row.
   /// - MissingOrBadPredictorValue: a number is missing or bad.
-  /// - LowerBoundViolated: the numbers of a column are all the same.
   QVLinearSmootherOnPredColumnsBase(const std::string& responseColName,
                                     const std::vector<std::string>& predColNames,
                                     const QVDataTable& table);

@@ -1,14 +1,11 @@
-// Smoothers: tables of predictions against their linear algebra alone, kernel regression on a line
-// against its sums row by row, and the grid search of prediction by similarity.
+// Kernel regression: on a line, against its sums row by row, and the grid search of prediction by
+// similarity.
 #include <benchmark/benchmark.h>
 
-#include <Eigen/Core>
 #include <cmath>
 #include <numeric>
 #include <random>
 
-#include "platform/math/dense_kernels.h"
-#include "stats/api/linear_smoother.h"
 #include "stats/api/linear_smoother_univariate.h"
 #include "stats/api/similarity_prediction.h"
 
@@ -51,39 +48,6 @@ QVDataTable Select(const QVDataTable& table, std::size_t first, std::size_t coun
   std::iota(rows.begin(), rows.end(), first);
   return QVDataTable("selection", table, QVDataTableRowSet(rows));
 }
-
-void BM_TableOfPredictions(benchmark::State& state) {
-  const auto n = static_cast<std::size_t>(state.range(0));
-  const QVDataTable table = MakeTable(2 * n);
-  const QVDataTable test = Select(table, n, n);
-  QVKrigeOnSimilarity model(QVSimilarityKernelType::Exponential, "y", "sim", Select(table, 0, n));
-  if (model.SetModelParams({3.0, 0.05, 0.6}).NotSuccessful())
-    return state.SkipWithError("the fit failed");
-  QVDataTableCol predicted, weights, errors;
-  for (auto _ : state)
-    if (model.GetPredictedResponseCols(predicted, weights, errors, test).NotSuccessful())
-      return state.SkipWithError("the prediction failed");
-}
-BENCHMARK(BM_TableOfPredictions)->Arg(500)->Arg(2000)->Unit(benchmark::kMillisecond);
-
-/// The exponentials and the triangular solve that a table of kriging predictions cannot do without.
-void BM_AlgebraOfPredictions(benchmark::State& state) {
-  const auto n = static_cast<std::size_t>(state.range(0));
-  const QVMath::QVDenseKernels& dense = QVMath::QVGetDenseKernels();
-  const std::vector<double> exponents = Draw(n * n, 5);
-  Eigen::MatrixXd factor = Eigen::MatrixXd::Constant(state.range(0), state.range(0), 0.5);
-  factor.diagonal().setConstant(2.0);
-  if (!dense.cholesky(n, factor.data(), n)) return state.SkipWithError("the factor failed");
-  std::vector<double> right(n * n);
-  for (auto _ : state) {
-    dense.exp(n * n, exponents.data(), right.data());
-    dense.solveLower(n, factor.data(), n, n, right.data(), n);
-    double sum = 0.0;
-    for (std::size_t i = 0; i < n; ++i) sum += dense.dot(n, &right[i * n], &right[i * n]);
-    benchmark::DoNotOptimize(sum);
-  }
-}
-BENCHMARK(BM_AlgebraOfPredictions)->Arg(500)->Arg(2000)->Unit(benchmark::kMillisecond);
 
 QVDataTable MakeLine(std::size_t n) {
   const std::vector<double> x = Draw(n, 6);

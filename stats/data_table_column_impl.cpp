@@ -355,6 +355,14 @@ void QVDataTableColOfValues<Value>::ReadBulk(const QVRowNumbers& rows, std::size
       values[i] = rows[i] < size ? convert(values_[rows[i]]) : badIndex;
     return;
   }
+  if (!ColIsSparse()) {
+    const std::size_t size = values_.size();
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      const std::size_t index = GetDataTableColIndex(rows[i], col);
+      values[i] = index < size ? convert(values_[index]) : badIndex;
+    }
+    return;
+  }
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const Value* value = FindCell(rows[i], col);
     values[i] = value ? convert(*value) : badIndex;

@@ -5,6 +5,7 @@
 
 #include <Eigen/Core>
 #include <cmath>
+#include <numeric>
 #include <vector>
 
 #include "platform/math/dense_kernels.h"
@@ -33,6 +34,11 @@ inline void QVSolveLowerTransposed(const Eigen::MatrixXd& factor, Eigen::VectorX
 
 inline double QVDot(const double* x, const double* y, Eigen::Index n) {
   return QVMath::QVGetDenseKernels().dot(static_cast<std::size_t>(n), x, y);
+}
+
+/// The mean of n values, the same bits wherever they stand in memory.
+inline double QVMean(const double* x, Eigen::Index n) {
+  return std::accumulate(x, x + n, 0.0) / static_cast<double>(n);
 }
 
 /// Simple kriging around the mean m of the responses y: the weights C^-1 (y - m), from the Cholesky

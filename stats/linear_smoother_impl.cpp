@@ -251,7 +251,7 @@ QVStatModelResult QVLinearSmootherOnSimilarityBase::GetPredictedResponseCols(
   const QVDataTableCol similarity = table.GetColumnFromName(result, similarityColName_);
   if (QVFailedIn(result, where)) return result;
 
-  constexpr std::size_t kBlock = 256;
+  constexpr std::size_t kBlock = 512;
   const std::vector<std::size_t> rows = table.GetRowNumbers();
   QVSimilarityPredictions all;
   Eigen::MatrixXd similarities;

@@ -223,15 +223,18 @@ QVStatModelResult QVGaussianProcessOnSimilarity::GetPredictedResponses(
   const auto n = static_cast<Eigen::Index>(GetTrainingRows().size());
   if (n != whitenedResponses_.size())
     return QVCalledFrom(where, QVFailure(Failure::InternalLogicFailure, centredWhere));
-  for (Eigen::Index object = 0; object < similarities.cols(); ++object) {
-    result = CheckSimilarities(range, centredWhere, similarities.col(object).data());
-    if (QVFailedIn(result, where)) return result;
-  }
   Eigen::MatrixXd covariances(n, similarities.cols());
-  kernel_.GetValues(similarities.data(), static_cast<std::size_t>(similarities.size()), params_[0],
-                    covariances.data());
-  const Eigen::VectorXd weights = covariances.colwise().sum() / static_cast<double>(n);
-  covariances *= signalVariance_;
+  Eigen::VectorXd weights(similarities.cols());
+  // Object by object, so that a column stays in the cache.
+  for (Eigen::Index object = 0; object < similarities.cols(); ++object) {
+    const double* s = similarities.col(object).data();
+    result = CheckSimilarities(range, centredWhere, s);
+    if (QVFailedIn(result, where)) return result;
+    auto column = covariances.col(object);
+    kernel_.GetValues(s, GetTrainingRows().size(), params_[0], column.data());
+    weights[object] = QVMean(column.data(), n);
+    column *= signalVariance_;
+  }
   Whiten(covariances);
   for (Eigen::Index object = 0; object < similarities.cols(); ++object) {
     const double* column = covariances.col(object).data();

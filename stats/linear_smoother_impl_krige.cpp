@@ -79,18 +79,18 @@ QVStatModelResult QVKrigeOnSimilarityBase::GetCovariances(
                                         ") similarity value = "};
   const char* where = names_.getPredictedResponse;
   QVStatModelResult result = CheckParams(where);
-  for (Eigen::Index object = 0; result.IsSuccessful() && object < similarities.cols(); ++object) {
-    result = CheckSimilarities(range, kCentredPrediction, similarities.col(object).data());
-    QVFailedIn(result, where);
-  }
   if (result.NotSuccessful()) return result;
   covariances.resize(similarities.rows(), similarities.cols());
-  kernel_.GetValues(similarities.data(), static_cast<std::size_t>(similarities.size()), params_[0],
-                    covariances.data());
-  for (Eigen::Index object = 0; object < similarities.cols(); ++object)
-    averageWeights.push_back(covariances.col(object).sum() /
-                             static_cast<double>(similarities.rows()));
-  covariances *= GetPartialSill();
+  // Object by object, so that a column stays in the cache.
+  for (Eigen::Index object = 0; object < similarities.cols(); ++object) {
+    const double* s = similarities.col(object).data();
+    result = CheckSimilarities(range, kCentredPrediction, s);
+    if (QVFailedIn(result, where)) return result;
+    auto column = covariances.col(object);
+    kernel_.GetValues(s, static_cast<std::size_t>(similarities.rows()), params_[0], column.data());
+    averageWeights.push_back(QVMean(column.data(), column.size()));
+    column *= GetPartialSill();
+  }
   return true;
 }
 

@@ -266,7 +266,7 @@ QVStatModelResult QVLinearSmootherOnPredColumnsBase::GetPredictedResponseCols(
   QVStatModelResult result = CheckThatPredColumnsLineUp(table);
   if (QVFailedIn(result, where)) return result;
 
-  constexpr std::size_t kBlock = 256;
+  constexpr std::size_t kBlock = 512;
   const std::vector<std::size_t> rows = table.GetRowNumbers();
   QVSimilarityPredictions all;
   Matrices similarities(predictors_.size());
@@ -437,7 +437,8 @@ QVStatModelResult QVKrigeOnPredColumns::GetPredictedResponses(QVSimilarityPredic
   Eigen::MatrixXd covariances(similarities[0].rows(), similarities[0].cols());
   MultiplyKernels(each, static_cast<std::size_t>(covariances.size()), covariances.data());
   for (Eigen::Index object = 0; object < covariances.cols(); ++object)
-    predictions.averageWeights.push_back(covariances.col(object).mean());
+    predictions.averageWeights.push_back(
+        QVMean(covariances.col(object).data(), covariances.rows()));
   covariances *= GetSill() - GetNugget();
   QVPredictBySimpleKriging(predictions, covariances, factor_, weights_, meanResponse_, GetSill());
   return true;

@@ -1,10 +1,12 @@
 #include "stats/api/similarity_prediction.h"
 
+#include <Eigen/Core>
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <typeinfo>
 
+#include "platform/math/dense_kernels.h"
 #include "platform/system/cast.h"
 #include "stats/api/stats_data_types.h"
 #include "stats/failure.h"
@@ -23,6 +25,8 @@ const char* const kMeasureNames[] = {"Unknown", "AverageAbsoluteDeviation",
 constexpr double kLeastWeight = 1.1920928955078125e-07;
 constexpr std::size_t kNoRow = std::numeric_limits<std::size_t>::max();
 
+bool IsSimilarity(double s) { return s >= 0.0 && s <= 1.0; }
+
 /// Rows of a training set with the values that one object needs of them.
 struct Neighbours {
   std::vector<std::size_t> rows;
@@ -31,6 +35,11 @@ struct Neighbours {
   /// The object's place among the values of a similarity row, and the column's name.
   std::size_t object = 0;
   std::string columnName;
+  /// How many similarities there are before the first bad one.
+  std::size_t numGood = 0;
+  /// The largest of them and of the bad one, 0 when none is above 0, and its row.
+  double maxSimilarity = 0.0;
+  std::size_t nearest = kNoRow;
 
   Neighbours(std::vector<std::size_t> rowNumbers, const QVDataTableCol& response,
              const QVDataTableCol& similarity)
@@ -42,16 +51,22 @@ struct Neighbours {
   void SetObject(const QVDataTableCol& similarity, std::size_t number) {
     object = number;
     similarity.GetImpl()->GetDoubles(QVRowNumbers(rows), number, similarities.data());
+    const auto bad = std::find_if_not(similarities.begin(), similarities.end(), IsSimilarity);
+    numGood = static_cast<std::size_t>(bad - similarities.begin());
+    maxSimilarity = 0.0;
+    nearest = kNoRow;
+    for (std::size_t i = 0; i < std::min(similarities.size(), numGood + 1); ++i)
+      if (similarities[i] > maxSimilarity) {
+        maxSimilarity = similarities[i];
+        nearest = rows[i];
+      }
   }
 };
 
 struct WeightedMean {
   double mean = BadDouble;
-  double maxSimilarity = 0.0;
   double sumOfWeights = 0.0;
 };
-
-bool IsSimilarity(double s) { return s >= 0.0 && s <= 1.0; }
 
 void GetKernelValues(const QVSimilarityKernel& kernel, const std::vector<double>& similarities,
                      std::size_t count, double param, std::vector<double>& values) {
@@ -66,31 +81,21 @@ QVStatModelResult Average(WeightedMean& average, const Neighbours& near,
                           const QVSimilarityKernel& kernel, double param,
                           std::vector<double>& weights) {
   static const char* const where = "CalcWeightedSumOfResponseOnSelect";
-  const std::vector<double>& s = near.similarities;
-  const auto good =
-      static_cast<std::size_t>(std::find_if_not(s.begin(), s.end(), IsSimilarity) - s.begin());
+  const std::size_t good = near.numGood;
   average = {};
-  std::size_t nearest = kNoRow;
-  // The similarity that ends the search takes part in it.
-  for (std::size_t i = 0; i < std::min(s.size(), good + 1); ++i)
-    if (s[i] > average.maxSimilarity) {
-      average.maxSimilarity = s[i];
-      nearest = near.rows[i];
-    }
-  GetKernelValues(kernel, s, good, param, weights);
-  double sum = 0.0;
-  for (std::size_t i = 0; i < good; ++i) {
-    const double weight = weights[i] + kLeastWeight;
-    average.sumOfWeights += weight;
-    sum += weight * near.responses[i];
-  }
-  if (good < s.size())
-    return QVFailure(s[good] > 1.0 ? Failure::UpperBoundViolated : Failure::LowerBoundViolated,
-                     where)
-           << "For similarity array " << near.columnName << ": Bad similarity: " << s[good]
+  GetKernelValues(kernel, near.similarities, good, param, weights);
+  for (double& weight : weights) weight += kLeastWeight;
+  average.sumOfWeights =
+      Eigen::Map<const Eigen::VectorXd>(weights.data(), static_cast<Eigen::Index>(good)).sum();
+  if (good < near.rows.size()) {
+    const double bad = near.similarities[good];
+    return QVFailure(bad > 1.0 ? Failure::UpperBoundViolated : Failure::LowerBoundViolated, where)
+           << "For similarity array " << near.columnName << ": Bad similarity: " << bad
            << " at i,j = " << near.rows[good] << " " << near.object;
+  }
   if (average.sumOfWeights > 0.0) {
-    average.mean = sum / average.sumOfWeights;
+    average.mean = QVMath::QVGetDenseKernels().dot(good, weights.data(), near.responses.data()) /
+                   average.sumOfWeights;
     return true;
   }
   return QVFailure(Failure::InternalLogicFailure, where)
@@ -98,8 +103,8 @@ QVStatModelResult Average(WeightedMean& average, const Neighbours& near,
          << "Kernel type = " << kernel.GetKernelName() << "Similarity array " << near.columnName
          << "parameter to convert similarity to distance = " << param
          << "Similarity matrix column number = " << near.object
-         << "The max similarity on this column is " << average.maxSimilarity
-         << "; occurs at row number " << nearest;
+         << "The max similarity on this column is " << near.maxSimilarity
+         << "; occurs at row number " << near.nearest;
 }
 
 /// The columns of a test table, read at the rows of both sets.
@@ -116,7 +121,7 @@ struct Columns {
   }
 };
 
-/// Calls take(row, average) for every test row until one fails, before that begin(row).
+/// Calls begin(columns, row) for every test row, then take(near, average), until one fails.
 template <class Begin, class Take>
 QVStatModelResult ForEachTestRow(const char* where, const std::string& responseColName,
                                  const std::string& similarityColName,
@@ -134,7 +139,7 @@ QVStatModelResult ForEachTestRow(const char* where, const std::string& responseC
     WeightedMean average;
     result = Average(average, near, kernel, kernelParam, weights);
     if (QVFailedIn(result, where)) return result;
-    take(average);
+    take(near, average);
   }
   return true;
 }
@@ -225,7 +230,7 @@ QVStatModelResult CalcWeightedAveOfResponseOnSelect(
   std::vector<double> weights;
   QVStatModelResult result = Average(average, near, kernel, kernelParam, weights);
   weightedAverage = average.mean;
-  maxSimilarity = average.maxSimilarity;
+  maxSimilarity = near.maxSimilarity;
   sumOfWeights = average.sumOfWeights;
   return result;
 }
@@ -243,7 +248,7 @@ QVStatModelResult GetResponseAndPredResponseFromSimilarity(
       [&](const Columns& columns, std::size_t row) {
         responses.push_back(columns.response.GetDouble(row, 0));
       },
-      [&](const WeightedMean& average) { predictions.push_back(average.mean); });
+      [&](const Neighbours&, const WeightedMean& average) { predictions.push_back(average.mean); });
 }
 
 QVStatModelResult GetMinDistanceAndTotalWeightFromSimilarity(
@@ -256,8 +261,8 @@ QVStatModelResult GetMinDistanceAndTotalWeightFromSimilarity(
   return ForEachTestRow(
       "GetMinDistanceAndTotalWeightFromSimilarity", responseColName, similarityColName,
       trainingTable, testTable, kernel, kernelParam, [](const Columns&, std::size_t) {},
-      [&](const WeightedMean& average) {
-        maxSimilarities.push_back(average.maxSimilarity);
+      [&](const Neighbours& near, const WeightedMean& average) {
+        maxSimilarities.push_back(near.maxSimilarity);
         totalWeights.push_back(average.sumOfWeights);
       });
 }

@@ -10,6 +10,7 @@
 #include "platform/math/special_functions.h"
 #include "platform/opt/newton_opt.h"
 #include "platform/system/error_handler.h"
+#include "stats/sample_sums.h"
 
 namespace QVStats {
 
@@ -20,10 +21,14 @@ constexpr double kNormFactor = 0.3989422804015919;
 constexpr double kRatioFactor = 0.7978845608031838;
 constexpr double kHalfRoot = 0.7071067811865475;  // 1/sqrt(2)
 
+/// Below it Phi is left to its asymptotic form.
+constexpr double kRangeOfPhi = -30.0;
+
 /// phi(z) / Phi(z). Beyond the range of Phi the continued fraction of the tail takes over:
 /// Phi(z) = phi(z) / (t + 1/(t + 2/(t + 3/(t + ...)))), t = -z.
 double HazardRatio(double z) {
-  if (z > -30.0) return kRatioFactor * std::exp(-0.5 * z * z) / QVMath::QVerfc(-z * kHalfRoot);
+  if (z >= kRangeOfPhi)
+    return kRatioFactor * std::exp(-0.5 * z * z) / QVMath::QVerfc(-z * kHalfRoot);
   double fraction = -z;
   for (int k = 8; k > 0; --k) fraction = -z + k / fraction;
   return fraction;
@@ -31,65 +36,84 @@ double HazardRatio(double z) {
 
 /// log Phi(z).
 double LogPhi(double z) {
-  if (z > -30.0) return std::log(0.5 * QVMath::QVerfc(-z * kHalfRoot));
+  if (z >= kRangeOfPhi) return std::log(0.5 * QVMath::QVerfc(-z * kHalfRoot));
   return -0.5 * z * z + std::log(kNormFactor / HazardRatio(z));
 }
 
 /// log(1 / (1 + exp(-z))), without overflow.
 double LogLogistic(double z) { return std::min(z, 0.0) - std::log1p(std::exp(-std::abs(z))); }
 
+/// Has the values fetched while others are worked on.
+void Prefetch(const double* first, const double* last) {
+  constexpr std::ptrdiff_t kCacheLine = 8;
+  for (; first < last; first += kCacheLine) __builtin_prefetch(first);
+}
+
 bool IsLogistic(unsigned int type) { return type == QVBinaryRegressionType::Logistic; }
 
-/// What a block of observations adds: the log-likelihood, and V and W of each.
+/// What a block of observations adds: the log-likelihood, and V and W of each. Blocks are always
+/// full: the last is filled up with observations that are certain, t = y z = kCertain, for which
+/// all three are 0.
 class LinkBlock {
  public:
   // These rows of some dozens of predictors stay in the L1 cache.
   static constexpr std::size_t kSize = 64;
+  static constexpr double kCertain = 1000.0;
 
-  /// From z and y of `size` observations. With `derivatives`, v and w are filled.
-  double Evaluate(unsigned int type, std::size_t size, const double* y, bool derivatives) {
-    return IsLogistic(type) ? EvaluateLogistic(size, y) : EvaluateProbit(size, y, derivatives);
+  /// Fills v and w from z and y. \return the log-likelihood.
+  double Evaluate(unsigned int type, const double* y) {
+    for (std::size_t i = 0; i < kSize; ++i) t_[i] = y[i] * z[i];
+    return IsLogistic(type) ? EvaluateLogistic(y) : EvaluateProbit(y);
   }
 
   double z[kSize], v[kSize], w[kSize];
 
  private:
-  double EvaluateLogistic(std::size_t size, const double* y) {
-    // e = exp(-|z|) serves logistic(z), its complement and, y being +-1, the log-likelihood.
-    for (std::size_t i = 0; i < size; ++i) w[i] = -std::abs(z[i]);
-    QVMath::QVGetDenseKernels().exp(size, w, w);
-    double logLikelihood = 0.0;
-    constexpr std::size_t kFactors = 32;  // each at most 2: their product cannot overflow
-    for (std::size_t first = 0; first < size; first += kFactors) {
-      double product = 1.0;
-      for (std::size_t i = first; i < std::min(size, first + kFactors); ++i) {
-        product *= 1.0 + w[i];
-        logLikelihood += std::min(y[i] * z[i], 0.0);
-      }
-      logLikelihood -= std::log(product);
-    }
-    for (std::size_t i = 0; i < size; ++i) {
-      const double small = w[i] / (1.0 + w[i]);  // logistic(-|z|)
-      const double ofMinusYZ = y[i] * z[i] > 0.0 ? small : 1.0 - small;
-      v[i] = y[i] * ofMinusYZ;  // (y + 1)/2 - logistic(z)
+  double EvaluateLogistic(const double* y) {
+    // e = exp(-|t|) serves F(t) = 1 / (1 + exp(-t)), its complement and log F(t).
+    double e[kSize];
+    for (std::size_t i = 0; i < kSize; ++i) e[i] = -std::abs(t_[i]);
+    kernels_.exp(kSize, e, e);
+    for (std::size_t i = 0; i < kSize; ++i) {
+      const double small = e[i] / (1.0 + e[i]);  // F(-|t|)
+      v[i] = y[i] * (t_[i] > 0.0 ? small : 1.0 - small);
       w[i] = small * (1.0 - small);
     }
-    return logLikelihood;
+    // log F(t) = min(t, 0) - log(1 + e), with one logarithm for the product of four.
+    constexpr std::size_t kQuarter = kSize / 4;
+    double logs[kQuarter];
+    for (std::size_t i = 0; i < kQuarter; ++i)
+      logs[i] = ((1.0 + e[i]) * (1.0 + e[i + kQuarter])) *
+                ((1.0 + e[i + 2 * kQuarter]) * (1.0 + e[i + 3 * kQuarter]));
+    kernels_.log(kQuarter, logs, logs);
+    return QVSumTerms(0, kSize, [&](std::size_t i) { return std::min(t_[i], 0.0); }) -
+           QVSumTerms(0, kQuarter, [&](std::size_t i) { return logs[i]; });
   }
 
-  double EvaluateProbit(std::size_t size, const double* y, bool derivatives) {
-    double logLikelihood = 0.0;
-    for (std::size_t i = 0; i < size; ++i) {
-      const double t = y[i] * z[i];
-      const double tail = QVMath::QVerfc(-t * kHalfRoot);
-      logLikelihood += t > -30.0 ? std::log(0.5 * tail) : LogPhi(t);
-      if (!derivatives) continue;
-      const double r = t > -30.0 ? kRatioFactor * std::exp(-0.5 * t * t) / tail : HazardRatio(t);
-      v[i] = y[i] * r;
-      w[i] = (t + r) * r;
+  double EvaluateProbit(const double* y) {
+    double tail[kSize], r[kSize], logs[kSize];
+    for (std::size_t i = 0; i < kSize; ++i) tail[i] = -kHalfRoot * t_[i];
+    kernels_.erfc(kSize, tail, tail);
+    for (std::size_t i = 0; i < kSize; ++i) r[i] = -0.5 * t_[i] * t_[i];
+    kernels_.exp(kSize, r, r);
+    for (std::size_t i = 0; i < kSize; ++i) r[i] *= kRatioFactor / tail[i];
+    for (std::size_t i = 0; i < kSize; ++i) logs[i] = 0.5 * tail[i];
+    kernels_.log(kSize, logs, logs);
+    if (*std::min_element(t_, t_ + kSize) < kRangeOfPhi)
+      for (std::size_t i = 0; i < kSize; ++i)
+        if (t_[i] < kRangeOfPhi) {
+          r[i] = HazardRatio(t_[i]);
+          logs[i] = LogPhi(t_[i]);
+        }
+    for (std::size_t i = 0; i < kSize; ++i) {
+      v[i] = y[i] * r[i];
+      w[i] = (t_[i] + r[i]) * r[i];
     }
-    return logLikelihood;
+    return QVSumTerms(0, kSize, [&](std::size_t i) { return logs[i]; });
   }
+
+  const QVMath::QVDenseKernels& kernels_ = QVMath::QVGetDenseKernels();
+  double t_[kSize];
 };
 
 }  // namespace
@@ -146,7 +170,9 @@ QVRegressionLogLikelihoodOpt::QVRegressionLogLikelihoodOpt(
       n_(n),
       type_(regressionType),
       predictors_(std::move(predictors)),
-      outcomes_(outcomes.begin(), outcomes.end()) {}
+      outcomes_((n + LinkBlock::kSize - 1) / LinkBlock::kSize * LinkBlock::kSize, 1.0) {
+  std::copy_n(outcomes.begin(), std::min<std::size_t>(n, outcomes.size()), outcomes_.begin());
+}
 
 QVRegressionLogLikelihoodOpt::~QVRegressionLogLikelihoodOpt() = default;
 
@@ -163,9 +189,11 @@ double QVRegressionLogLikelihoodOpt::Accumulate(const double* w, double* gradien
   for (std::size_t first = 0; first < n_; first += LinkBlock::kSize) {
     const std::size_t rows = std::min(LinkBlock::kSize, n_ - first);
     const double* const x = predictors_->data() + first * p;
+    Prefetch(x + rows * p, x + std::min(2 * rows, n_ - first) * p);
     std::fill(block.z, block.z + rows, 0.0);
+    std::fill(block.z + rows, block.z + LinkBlock::kSize, LinkBlock::kCertain);
     kernels.multiplyTransposed(p, rows, 1.0, x, p, w, block.z);
-    logLikelihood += block.Evaluate(type_, rows, outcomes_.data() + first, gradient || information);
+    logLikelihood += block.Evaluate(type_, outcomes_.data() + first);
     if (gradient) kernels.multiplyVector(p, rows, 1.0, x, p, block.v, gradient);
     if (information)
       kernels.rankUpdate(p, rows, block.w, {x, 1, static_cast<std::ptrdiff_t>(p)}, information, p);

@@ -152,17 +152,21 @@ TEST_P(DenseKernels, ProductsAreThoseOfEigen) {
 }
 
 TEST_P(DenseKernels, RankUpdateWritesTheLowerTriangleAlone) {
-  for (const Index n : {1, 4, 13, 50, 210}) {
-    const Index depth = 30;
-    const MatrixXd a = MakeRandom(n, depth, 21);
-    MatrixXd c = MatrixXd::Constant(n, n, kUntouched);
-    c.triangularView<Eigen::Lower>().setZero();
-    const VectorXd weights = MakeRandom(depth, 1, 22);
-    kernels_->rankUpdate(Size(n), Size(depth), weights.data(), {a.data(), 1, n}, c.data(), Size(n));
-    MatrixXd expected = MatrixXd::Constant(n, n, kUntouched);
-    expected.triangularView<Eigen::Lower>() = a * weights.asDiagonal() * a.transpose();
-    EXPECT_LE((c - expected).cwiseAbs().maxCoeff(), 1e-12) << n;
-  }
+  for (const Index n : {1, 3, 4, 6, 13, 20, 47, 48, 50, 210})
+    for (const bool byColumns : {true, false}) {
+      const Index depth = 70;
+      const MatrixXd a = MakeRandom(n, depth, 21), rows = a.transpose();
+      const QVDenseView view =
+          byColumns ? QVDenseView{a.data(), 1, n} : QVDenseView{rows.data(), depth, 1};
+      const VectorXd weights = MakeRandom(depth, 1, 22);
+      MatrixXd c = MatrixXd::Constant(n, n, kUntouched), expected = c;
+      c.triangularView<Eigen::Lower>().setZero();
+      kernels_->rankUpdate(Size(n), Size(depth), weights.data(), view, c.data(), Size(n));
+      kernels_->rankUpdate(Size(n), Size(depth), nullptr, view, c.data(), Size(n));
+      expected.triangularView<Eigen::Lower>() =
+          a * (weights.array() + 1.0).matrix().asDiagonal() * a.transpose();
+      EXPECT_LE((c - expected).cwiseAbs().maxCoeff(), 1e-12) << n;
+    }
 }
 
 TEST_P(DenseKernels, VectorProducts) {

@@ -90,20 +90,29 @@ void ScaleTerms(Size rows, Size depth, const double* factors, double* packed) {
         Store(packed + r, Load(packed + r) * factors[k]);
 }
 
-using Tile = Vector[kRowVectors][kTileColumns];
+template <Size kVectors>
+using TileOf = Vector[kVectors][kTileColumns];
+using Tile = TileOf<kRowVectors>;
 
-/// Adds the product of two packed strips to a tile.
-QV_DENSE_INLINE void MultiplyTile(Size depth, const double* a, const double* b, Tile& tile) {
-  for (Size k = 0; k < depth; ++k, a += kTileRows, b += kTileColumns) {
-    Vector rows[kRowVectors];
+/// Adds the product of two strips to a tile; the terms of each stand a step apart.
+template <Size kVectors>
+QV_DENSE_INLINE void MultiplyTile(Size depth, const double* a, Step stepA, const double* b,
+                                  Step stepB, TileOf<kVectors>& tile) {
+  for (Size k = 0; k < depth; ++k, a += stepA, b += stepB) {
+    Vector rows[kVectors];
 #pragma GCC unroll 4
-    for (Size v = 0; v < kRowVectors; ++v) rows[v] = Load(a + v * kWidth);
+    for (Size v = 0; v < kVectors; ++v) rows[v] = Load(a + v * kWidth);
 #pragma GCC unroll 4
     for (Size j = 0; j < kTileColumns; ++j) {
 #pragma GCC unroll 4
-      for (Size v = 0; v < kRowVectors; ++v) tile[v][j] += rows[v] * b[j];
+      for (Size v = 0; v < kVectors; ++v) tile[v][j] += rows[v] * b[j];
     }
   }
+}
+
+/// The same for packed strips.
+QV_DENSE_INLINE void MultiplyTile(Size depth, const double* a, const double* b, Tile& tile) {
+  MultiplyTile<kRowVectors>(depth, a, Signed(kTileRows), b, Signed(kTileColumns), tile);
 }
 
 /// Adds factor times the product of two packed strips to a whole tile of C.
@@ -224,7 +233,88 @@ void Multiply(Size m, Size n, Size depth, double factor, QVDenseView a, QVDenseV
   AddProduct(Workspace(m, n, depth), m, n, depth, factor, a, b, c, ldc);
 }
 
+/// Matrices of at most this order take their rank updates from rows side by side: packing them into
+/// strips would cost more than it saves.
+constexpr Size kFewRows = 48;
+/// Terms of such an update that are copied together and stay in the L1 cache.
+constexpr Size kFewRowsDepth = 64;
+static_assert(kTileColumns % kWidth == 0);
+
+/// Terms of an update of a small matrix, as they stand and times their weights, each filled up with
+/// zeros to whole registers and tiles.
+struct FewRows {
+  Size depth;
+  const double* plain;
+  Step plainStep;
+  const double* weighted;
+  Step weightedStep;
+};
+
+/// Copies the terms of n values, times `weights` unless null.
+void CopyRows(QVDenseView a, Size n, Size depth, const double* weights, Size stride, double* out) {
+  for (Size k = 0; k < depth; ++k, out += stride) {
+    const double* from = a.data + Signed(k) * a.columnStep;
+    const double weight = weights ? weights[k] : 1.0;
+    Size i = 0;
+    for (; i + kWidth <= n; i += kWidth) Store(out + i, Load(from + i) * weight);
+    for (; i < n; ++i) out[i] = from[i] * weight;
+    for (; i < stride; ++i) out[i] = 0.0;
+  }
+}
+
+/// Adds the terms to kVectors registers of rows and kTileColumns columns of the lower triangle.
+template <Size kVectors>
+void UpdateFewRows(const FewRows& terms, Size n, Size row, Size column, double* c, Size ldc) {
+  TileOf<kVectors> tile = {};
+  MultiplyTile<kVectors>(terms.depth, terms.weighted + row, terms.weightedStep,
+                         terms.plain + column, terms.plainStep, tile);
+#pragma GCC unroll 4
+  for (Size k = 0; k < kTileColumns; ++k) {
+    const Size j = column + k;
+    if (j >= n) break;
+#pragma GCC unroll 4
+    for (Size v = 0; v < kVectors; ++v) {
+      const Size first = row + v * kWidth;
+      double* to = c + first + j * ldc;
+      const Vector sums = tile[v][k];
+      if (first >= j && first + kWidth <= n)
+        Store(to, Load(to) + sums);
+      else
+        for (Size r = 0; r < kWidth; ++r)
+          if (first + r >= j && first + r < n) to[r] += sums[r];
+    }
+  }
+}
+
+/// The rank update of a matrix of few rows, those of a term side by side.
+void UpdateSmall(Size n, Size depth, const double* weights, QVDenseView a, double* c, Size ldc) {
+  alignas(64) double plain[kFewRowsDepth * kFewRows];
+  alignas(64) double weighted[kFewRowsDepth * kFewRows];
+  const Size stride = RoundUp(n, kTileColumns);
+  for (Size k = 0; k < depth; k += kFewRowsDepth) {
+    const QVDenseView block = Offset(a, 0, k);
+    FewRows terms = {Min(kFewRowsDepth, depth - k), block.data, a.columnStep, weighted,
+                     Signed(stride)};
+    CopyRows(block, n, terms.depth, weights ? weights + k : nullptr, stride, weighted);
+    if (n != stride) {
+      CopyRows(block, n, terms.depth, nullptr, stride, plain);
+      terms.plain = plain;
+      terms.plainStep = Signed(stride);
+    }
+    for (Size column = 0; column < n; column += kTileColumns)
+      for (Size row = column; row < stride;) {
+        const Size left = (stride - row) / kWidth;
+        const Size vectors = left == 4 ? 2 : Min(kRowVectors, left);  // a single one would wait
+        (vectors == kRowVectors ? UpdateFewRows<kRowVectors>
+         : vectors == 2         ? UpdateFewRows<2>
+                                : UpdateFewRows<1>)(terms, n, row, column, c, ldc);
+        row += vectors * kWidth;
+      }
+  }
+}
+
 void RankUpdate(Size n, Size depth, const double* weights, QVDenseView a, double* c, Size ldc) {
+  if (n <= kFewRows && a.rowStep == 1) return UpdateSmall(n, depth, weights, a, c, ldc);
   AddProduct(Workspace(n, n, depth), n, n, depth, 1.0, a, a, c, ldc, 0, weights);
 }
 

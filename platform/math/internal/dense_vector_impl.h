@@ -30,6 +30,21 @@ QV_DENSE_INLINE double SumOf(Vector x) {
   return sum;
 }
 
+/// The sum of each of kWidth registers.
+QV_DENSE_INLINE Vector SumsOf(const Vector* x) {
+#if QV_DENSE_WIDTH == 4
+  const Vector first = __builtin_shufflevector(x[0], x[1], 0, 4, 2, 6) +
+                       __builtin_shufflevector(x[0], x[1], 1, 5, 3, 7);
+  const Vector second = __builtin_shufflevector(x[2], x[3], 0, 4, 2, 6) +
+                        __builtin_shufflevector(x[2], x[3], 1, 5, 3, 7);
+  return __builtin_shufflevector(first, second, 0, 1, 4, 5) +
+         __builtin_shufflevector(first, second, 2, 3, 6, 7);
+#else
+  static_assert(kWidth == 2);
+  return __builtin_shufflevector(x[0], x[1], 0, 2) + __builtin_shufflevector(x[0], x[1], 1, 3);
+#endif
+}
+
 constexpr Size Min(Size a, Size b) { return a < b ? a : b; }
 constexpr Size RoundUp(Size n, Size multiple) { return (n + multiple - 1) / multiple * multiple; }
 constexpr Step Signed(Size n) { return static_cast<Step>(n); }
@@ -105,12 +120,15 @@ QV_DENSE_INLINE void MultiplyVectorsTransposed(Size n, Size m, double factor, co
 #pragma GCC unroll 4
         for (Size s = 0; s < kSides; ++s) sums[s][c] += v * Load(x + s * ldx + i);
       }
-    for (Size s = 0; s < kSides; ++s)
-      for (Size c = 0; c < kColumnGroup; ++c) {
-        double rest = 0.0;
-        for (Size k = i; k < n; ++k) rest += column[c * lda + k] * x[s * ldx + k];
-        y[s * ldy + j + c] += factor * (SumOf(sums[s][c]) + rest);
+    for (Size s = 0; s < kSides; ++s) {
+      double rest[kColumnGroup] = {};
+      for (Size k = i; k < n; ++k)
+        for (Size c = 0; c < kColumnGroup; ++c) rest[c] += column[c * lda + k] * x[s * ldx + k];
+      for (Size c = 0; c < kColumnGroup; c += kWidth) {
+        double* to = y + s * ldy + j + c;
+        Store(to, Load(to) + (SumsOf(sums[s] + c) + Load(rest + c)) * factor);
       }
+    }
   }
   for (; j < m; ++j)
     for (Size s = 0; s < kSides; ++s) y[s * ldy + j] += factor * Dot(n, a + j * lda, x + s * ldx);

@@ -65,7 +65,7 @@ QVStatModelResult Bootstrap(const char* where, std::vector<Value>& stats,
 class CountedSample {
  public:
   explicit CountedSample(const std::vector<double>& data)
-      : sorted_(data.size()), positions_(data.size()), counts_(data.size()), draws_(data.size()) {
+      : sorted_(data.size()), positions_(data.size()), counts_(data.size()) {
     const QVRanking ranking = QVRankValues(data);
     for (std::uint32_t k = 0; k < data.size(); ++k) {
       sorted_[k] = data[ranking.order[k]];
@@ -74,9 +74,10 @@ class CountedSample {
   }
 
   void Draw(const QVMath::QVUniformIntRNG& generator, QVMath::QVRanNumEngine& engine) {
-    generator.Fill(engine, draws_.data(), draws_.size());
     std::fill(counts_.begin(), counts_.end(), 0u);
-    for (const int draw : draws_) ++counts_[positions_[static_cast<std::size_t>(draw)]];
+    generator.Draw(engine, size(), [counts = counts_.data(), positions = positions_.data()](int i) {
+      ++counts[positions[static_cast<std::size_t>(i)]];
+    });
     next_ = numBelow_ = 0;
   }
 
@@ -122,7 +123,6 @@ class CountedSample {
   std::vector<double> sorted_;
   std::vector<std::uint32_t> positions_;  // of each datum among the sorted
   std::vector<std::uint32_t> counts_;
-  std::vector<int> draws_;
   std::size_t next_ = 0;      // the position last read
   std::size_t numBelow_ = 0;  // draws at positions before it
 };

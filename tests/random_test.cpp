@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <numeric>
+#include <random>
 #include <string>
 
 #include "platform/math/special_functions.h"
@@ -124,11 +125,33 @@ TEST(Random, RefusesParametersWithNaN) {
   EXPECT_TRUE(std::isnan(QVGumbelRNG(0, -1)(engine)));
 }
 
-// The 10000th output of the default-seeded engine, from the C++ standard, [rand.predef].
-TEST(Random, EngineIsTheStandardOne) {
+// The 10000th output of the default seed is named in the C++ standard, [rand.predef].
+TEST(Random, TheEngineIsThatOfTheStandard) {
+  for (const std::uint64_t seed : {std::uint64_t{5489}, std::uint64_t{0}, ~std::uint64_t{0}}) {
+    QVRanNumEngine engine(seed);
+    std::mt19937_64 expected(seed);
+    for (int i = 0; i < 1000; ++i) ASSERT_EQ(engine(), expected()) << seed << ' ' << i;
+    QVRanNumEngine copy(engine);
+    EXPECT_EQ(copy(), engine());
+    engine.Seed(1);
+    EXPECT_EQ(engine(), std::mt19937_64(1)());
+  }
   QVRanNumEngine engine;
   for (int i = 0; i < 9999; ++i) engine();
-  EXPECT_EQ(engine(), 9981545732273789042u);
+  EXPECT_EQ(engine(), 9981545732273789042u) << "the number that the standard names";
+}
+
+TEST(Random, IndicesDrawnTogetherAreThoseDrawnOneByOne) {
+  // The largest counts refuse a quarter and a half of the bits.
+  for (const std::uint64_t count : {std::uint64_t{0}, std::uint64_t{1}, std::uint64_t{1000},
+                                    std::uint64_t{3} << 62, (std::uint64_t{1} << 63) + 1}) {
+    QVRanNumEngine together(11), single(11);
+    for (const std::size_t number : {0u, 1u, 311u, 312u, 313u, 1000u})
+      together.DrawIndices(count, number, [&](std::uint64_t index) {
+        ASSERT_EQ(index, single.GetIndex(count)) << count;
+      });
+    EXPECT_EQ(together(), single());
+  }
 }
 
 // Pearson's chi-squared of 10^6 draws over 7 cells, at a level of 1e-6: 38.3.

@@ -17,6 +17,20 @@ namespace QVMath {
 
 namespace {
 
+/// The recurrence of the twister: the upper 33 bits of one word and the lower 31 of the next.
+std::uint64_t Twist(std::uint64_t word, std::uint64_t next) {
+  constexpr std::uint64_t kLowerBits = 0x7FFFFFFF;
+  const std::uint64_t bits = (word & ~kLowerBits) | (next & kLowerBits);
+  return (bits >> 1) ^ ((0 - (next & 1)) & 0xB5026F5AA96619E9u);
+}
+
+std::uint64_t Temper(std::uint64_t word) {
+  word ^= (word >> 29) & 0x5555555555555555u;
+  word ^= (word << 17) & 0x71D67FFFEDA60000u;
+  word ^= (word << 37) & 0xFFF7EEE000000000u;
+  return word ^ (word >> 43);
+}
+
 /// Fills with draws of a law when its parameters are valid, otherwise with NaN.
 template <class Law>
 void FillWith(bool valid, Law law, double* values, std::size_t count) {
@@ -51,6 +65,24 @@ double DrawLogGammaRatio(double a, double b, QVRanNumEngine& engine) {
 }
 
 }  // namespace
+
+void QVRanNumEngine::Seed(std::uint64_t seed) {
+  state_[0] = seed;
+  for (std::size_t i = 1; i < kBlock; ++i)
+    state_[i] = 6364136223846793005u * (state_[i - 1] ^ (state_[i - 1] >> 62)) + i;
+  next_ = kBlock;
+}
+
+void QVRanNumEngine::MakeBlock() {
+  constexpr std::size_t kMiddle = 156;
+  for (std::size_t i = 0; i < kBlock - kMiddle; ++i)
+    state_[i] = state_[i + kMiddle] ^ Twist(state_[i], state_[i + 1]);
+  for (std::size_t i = kBlock - kMiddle; i + 1 < kBlock; ++i)
+    state_[i] = state_[i - (kBlock - kMiddle)] ^ Twist(state_[i], state_[i + 1]);
+  state_[kBlock - 1] = state_[kMiddle - 1] ^ Twist(state_[kBlock - 1], state_[0]);
+  for (std::size_t i = 0; i < kBlock; ++i) block_[i] = Temper(state_[i]);
+  next_ = 0;
+}
 
 QVRealGenerator::~QVRealGenerator() = default;
 
@@ -195,10 +227,6 @@ void QVGenExtremeValRNG::Fill(QVRanNumEngine& engine, double* values, std::size_
 void QVUniformIntRNG::SetParams(int lower, int upper) {
   lower_ = lower;
   count_ = upper < lower ? 1 : static_cast<std::uint64_t>(std::int64_t{upper} - lower) + 1;
-}
-
-void QVUniformIntRNG::Fill(QVRanNumEngine& engine, int* values, std::size_t count) const {
-  for (std::size_t i = 0; i < count; ++i) values[i] = (*this)(engine);
 }
 
 std::vector<std::size_t> QVRandomShuffleOfIndices(std::size_t n, QVRanNumEngine& engine) {

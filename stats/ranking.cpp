@@ -22,42 +22,40 @@ std::uint64_t GetKey(double value) {
   return bits & kSign ? ~bits : bits | kSign;
 }
 
-constexpr unsigned int kDigitBits = 11;
-constexpr unsigned int kNumDigits = 6;
-constexpr std::size_t kNumDigitValues = std::size_t{1} << kDigitBits;
-using Histogram = std::array<std::uint32_t, kNumDigitValues>;
-
-std::size_t GetDigit(std::uint64_t key, unsigned int digit) {
-  return (key >> (digit * kDigitBits)) & (kNumDigitValues - 1);
-}
-
-/// Sorts by the key, stably, a digit at a time from the lowest; digits that all share are skipped.
+/// Sorts by the key, stably, a digit of kBits at a time from the lowest; digits that all share are
+/// skipped.
+template <unsigned int kBits>
 void RadixSort(std::vector<Keyed>& values) {
+  constexpr unsigned int kNumDigits = (64 + kBits - 1) / kBits;
+  constexpr std::size_t kNumDigitValues = std::size_t{1} << kBits;
+  const auto getDigit = [](std::uint64_t key, unsigned int digit) {
+    return static_cast<std::size_t>(key >> (digit * kBits)) & (kNumDigitValues - 1);
+  };
+  using Histogram = std::array<std::uint32_t, kNumDigitValues>;
   std::vector<Histogram> histograms(kNumDigits, Histogram{});
   for (const Keyed& value : values)
     for (unsigned int digit = 0; digit < kNumDigits; ++digit)
-      ++histograms[digit][GetDigit(value.key, digit)];
+      ++histograms[digit][getDigit(value.key, digit)];
   std::vector<Keyed> sorted(values.size());
   for (unsigned int digit = 0; digit < kNumDigits; ++digit) {
     Histogram& next = histograms[digit];
-    if (next[GetDigit(values.front().key, digit)] == values.size()) continue;
+    if (next[getDigit(values.front().key, digit)] == values.size()) continue;
     std::uint32_t start = 0;
     for (std::uint32_t& count : next) {
       const std::uint32_t size = count;
       count = start;
       start += size;
     }
-    for (const Keyed& value : values) sorted[next[GetDigit(value.key, digit)]++] = value;
+    for (const Keyed& value : values) sorted[next[getDigit(value.key, digit)]++] = value;
     values.swap(sorted);
   }
 }
 
 void Sort(std::vector<Keyed>& values) {
-  constexpr std::size_t kFewValues = 256;
-  if (values.size() > kFewValues) {
-    RadixSort(values);
-    return;
-  }
+  // Wide digits are fewer passes, but more counts to set up.
+  constexpr std::size_t kFewValues = 256, kManyValues = 16384;
+  if (values.size() > kManyValues) return RadixSort<11>(values);
+  if (values.size() > kFewValues) return RadixSort<8>(values);
   std::sort(values.begin(), values.end(), [](const Keyed& a, const Keyed& b) {
     return a.key != b.key ? a.key < b.key : a.position < b.position;
   });
@@ -117,6 +115,7 @@ QVRanking QVRankValues(const std::vector<double>& values) {
   for (std::uint32_t i = 0; i < n; ++i) keyed[i] = {GetKey(values[i]), i};
   Sort(keyed);
   QVRanking ranking;
+  ranking.starts.reserve(n + std::size_t{1});
   ranking.order.resize(n);
   ranking.rank.resize(n);
   for (std::uint32_t i = 0; i < n; ++i) {

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <utility>
+#include <vector>
 
 #include "platform/system/error_handler.h"
 #include "stats/api/private/krige_result_impl.h"
@@ -35,11 +36,13 @@ double QVCalculateVariance(const QVKrigeResultBase& result, double errorValue) {
   if (!result.Valid()) return errorValue;
   const QVKrigeKernel kernel = result.GetKernel();
   const double sill = kernel.GetSill();
+  std::vector<double> covariances(result.GetNumElements());
+  for (unsigned int i = 0; i < covariances.size(); ++i) covariances[i] = result.GetDistance(i);
+  kernel.GetCovariances(covariances.data(), covariances.data(), covariances.size());
   double sum = 0.0;
-  for (unsigned int i = 0; i < result.GetNumElements(); ++i) {
-    const double covariance = QVGetKrigeCovariance(sill, kernel.GetValue(result.GetDistance(i)));
-    QV_ASSERT(covariance >= 0.0);
-    sum += result.GetWeight(i) * covariance;
+  for (unsigned int i = 0; i < covariances.size(); ++i) {
+    QV_ASSERT(covariances[i] >= 0.0);
+    sum += result.GetWeight(i) * covariances[i];
   }
   const double variance = sill - sum;
   return variance < 0.0 ? errorValue : variance;

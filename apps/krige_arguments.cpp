@@ -5,6 +5,8 @@
 #include <cmath>
 #include <iostream>
 #include <iterator>
+#include <limits>
+#include <utility>
 
 #include "apps/commands.h"
 #include "apps/output_file.h"
@@ -147,9 +149,30 @@ bool KrigePredictor::Train(const std::vector<const TrainingMolecule*>& molecules
   return model_.Train();
 }
 
-std::vector<QVMolKrigeResult> KrigePredictor::Predict(
-    const std::vector<const QVChem::QVMolBase*>& mols) const {
-  return model_.GetResults(mols);
+std::vector<Prediction> KrigePredictor::Predict(const std::vector<const QVChem::QVMolBase*>& mols,
+                                                bool withNeighbours) const {
+  std::vector<Prediction> predictions;
+  predictions.reserve(mols.size());
+  if (withNeighbours) {
+    for (QVMolKrigeResult& result : model_.GetResults(mols)) {
+      predictions.emplace_back();
+      if (result.Valid())
+        predictions.back() = {true, result.GetResponse(), std::sqrt(result.GetVariance()),
+                              std::move(result)};
+    }
+    return predictions;
+  }
+  constexpr double kNone = std::numeric_limits<double>::max();
+  for (const QVStats::QVKrigeEstimate& estimate : model_.GetEstimates(mols)) {
+    predictions.emplace_back();
+    if (estimate.variance != kNone)
+      predictions.back() = {true, estimate.response, std::sqrt(estimate.variance), {}};
+  }
+  return predictions;
+}
+
+QVMolKrigeResult KrigePredictor::GetResult(const QVChem::QVMolBase& mol) const {
+  return model_.GetResult(mol);
 }
 
 std::vector<TrainingMolecule> ReadTraining(const KrigeArguments& arguments,
@@ -207,18 +230,20 @@ std::vector<std::string> GetPredictionColumns(unsigned int numNeighbours) {
 }
 
 std::vector<std::string> MakePredictionFields(const KrigeArguments& arguments,
-                                              const QVMolKrigeResult& result,
+                                              const Prediction& prediction,
                                               const std::string& status,
                                               unsigned int numNeighbours) {
   std::vector<std::string> fields(GetPredictionColumns(numNeighbours).size());
   fields[4] = status;
-  if (!result.Valid()) return fields;
-  const double response = result.GetResponse(), deviation = std::sqrt(result.GetVariance());
+  if (!prediction.valid) return fields;
+  const double response = prediction.response, deviation = prediction.deviation;
   const auto show = [&](double value) { return CsvNumber(ShowResponse(arguments, value)); };
   fields[0] = show(response);
   fields[1] = CsvNumber(deviation);
   fields[2] = show(response - kInterval95 * deviation);
   fields[3] = show(response + kInterval95 * deviation);
+  if (numNeighbours == 0) return fields;
+  const QVMolKrigeResult& result = prediction.result;
   std::size_t next = 5;
   for (const unsigned int i : result.GetLargestElements(numNeighbours)) {
     fields[next++] = result.GetElement(i).GetTitle();
@@ -229,8 +254,8 @@ std::vector<std::string> MakePredictionFields(const KrigeArguments& arguments,
   return fields;
 }
 
-const char* DescribeStatus(const QVMolKrigeResult& result) {
-  return result.Valid() ? "ok" : "no prediction: kriging variance out of its bounds";
+const char* DescribeStatus(const Prediction& prediction) {
+  return prediction.valid ? "ok" : "no prediction: kriging variance out of its bounds";
 }
 
 }  // namespace QVApps

@@ -51,6 +51,15 @@ struct TrainingMolecule {
   double value;
 };
 
+/// What a model says of a molecule. Not valid, with zeros, when the kriging variance was out of its
+/// bounds.
+struct Prediction {
+  bool valid = false;
+  double response = 0.0;
+  double deviation = 0.0;            ///< the root of the kriging variance
+  QVStats::QVMolKrigeResult result;  ///< with the neighbours, where they were asked for
+};
+
 /// A kriging model as the arguments ask for it.
 class KrigePredictor {
  public:
@@ -64,9 +73,11 @@ class KrigePredictor {
   /// \return whether that succeeded; the library has reported why it did not.
   bool Train(const std::vector<const TrainingMolecule*>& molecules);
 
-  /// The results of prepared molecules, in order; those without a prediction are not valid.
-  std::vector<QVStats::QVMolKrigeResult> Predict(
-      const std::vector<const QVChem::QVMolBase*>& mols) const;
+  /// The predictions of prepared molecules, in order. Without neighbours they cost half as much.
+  std::vector<Prediction> Predict(const std::vector<const QVChem::QVMolBase*>& mols,
+                                  bool withNeighbours) const;
+  /// The result of a prepared molecule; not valid without a prediction.
+  QVStats::QVMolKrigeResult GetResult(const QVChem::QVMolBase& mol) const;
 
  private:
   bool isGlobal_;
@@ -92,16 +103,15 @@ std::size_t TrainFor(const std::string& query, const KrigeArguments& arguments,
 /// "Exponential: range 0.5, sill 1, nugget 0".
 std::string DescribeKernel(const QVStats::QVKrigeKernelBase& kernel);
 
-/// A row of predictions: its head, and the fields of a result. Fields of a result that is not valid
-/// are empty.
+/// A row of predictions: its head, and the fields of one. Those of one that is not valid are empty.
 std::vector<std::string> GetPredictionColumns(unsigned int numNeighbours);
 std::vector<std::string> MakePredictionFields(const KrigeArguments& arguments,
-                                              const QVStats::QVMolKrigeResult& result,
+                                              const Prediction& prediction,
                                               const std::string& status,
                                               unsigned int numNeighbours);
 
-/// Why a result without a prediction has none, or "ok".
-const char* DescribeStatus(const QVStats::QVMolKrigeResult& result);
+/// Why a prediction is not valid, or "ok".
+const char* DescribeStatus(const Prediction& prediction);
 
 }  // namespace QVApps
 

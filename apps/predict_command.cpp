@@ -55,7 +55,7 @@ class QueryPredictor {
       done += size;
     }
     if (fault && done == 0) throw *fault;
-    if (fault) WriteRow(MoleculeRecord(), QVStats::QVMolKrigeResult(), fault->what());
+    if (fault) WriteRow(MoleculeRecord(), Prediction(), fault->what());
     out_.Commit();
     if (fault) throw *fault;
   }
@@ -69,32 +69,31 @@ class QueryPredictor {
     for (MoleculeRecord& record : block)
       if (record.error.empty() && predictor_.Prepare(record.mol, record.error))
         mols.push_back(&record.mol);
-    const auto results = predictor_.Predict(mols);
-    auto result = results.begin();
-    const QVStats::QVMolKrigeResult none;
+    const auto predictions = predictor_.Predict(mols, arguments_.neighbours != 0);
+    auto prediction = predictions.begin();
     for (const MoleculeRecord& record : block) {
       if (record.error.empty()) {
-        WriteRow(record, *result, DescribeStatus(*result));
-        ++result;
+        WriteRow(record, *prediction, DescribeStatus(*prediction));
+        ++prediction;
       } else {
         std::cerr << source.Locate(record) << ": " << record.error << '\n';
-        WriteRow(record, none, record.error);
+        WriteRow(record, Prediction(), record.error);
       }
     }
     out_.Check();
   }
 
-  void WriteRow(const MoleculeRecord& record, const QVStats::QVMolKrigeResult& result,
+  void WriteRow(const MoleculeRecord& record, const Prediction& prediction,
                 const std::string& status) {
     std::vector<std::string> row = {record.id, GetSmilesOf(record)};
     for (std::string& field :
-         MakePredictionFields(arguments_, result, status, arguments_.neighbours))
+         MakePredictionFields(arguments_, prediction, status, arguments_.neighbours))
       row.push_back(std::move(field));
     WriteCsvRow(out_.GetStream(), row);
-    if (!result.Valid()) {
+    if (!prediction.valid) {
       ++refused_;
     } else if (record.value) {
-      summary_.Add(result.GetResponse(), std::sqrt(result.GetVariance()), *record.value);
+      summary_.Add(prediction.response, prediction.deviation, *record.value);
     }
   }
 

@@ -130,7 +130,7 @@ class QueryReporter {
  private:
   void DrawPage(MoleculeRecord& record) {
     record.mol.SetTitle(record.id);
-    const QVStats::QVMolKrigeResult result = predictor_.Predict({&record.mol}).front();
+    const QVStats::QVMolKrigeResult result = predictor_.GetResult(record.mol);
     if (!result.Valid()) ++refused_;
     options_.SetTitle(FillIn(arguments_.title, record.id));
     QVDepict::QVImage image(page_.width, page_.height);

@@ -40,7 +40,7 @@ class CrossValidation {
       : arguments_(arguments),
         molecules_(molecules),
         folds_(DealFolds(molecules.size(), arguments.folds, arguments.seed)),
-        results_(molecules.size()) {}
+        predictions_(molecules.size()) {}
 
   void Run() {
     Progress progress("validating", molecules_.size(), arguments_.quiet);
@@ -57,7 +57,7 @@ class CrossValidation {
       std::vector<std::string> row = {molecule.id, molecule.smiles, std::to_string(folds_[i] + 1),
                                       CsvNumber(ShowResponse(arguments_, molecule.value))};
       for (std::string& field :
-           MakePredictionFields(arguments_, results_[i], DescribeStatus(results_[i]), 0))
+           MakePredictionFields(arguments_, predictions_[i], DescribeStatus(predictions_[i]), 0))
         row.push_back(std::move(field));
       WriteCsvRow(out, row);
     }
@@ -66,9 +66,8 @@ class CrossValidation {
   PredictionSummary Summarise() const {
     PredictionSummary summary;
     for (std::size_t i = 0; i < molecules_.size(); ++i)
-      if (results_[i].Valid())
-        summary.Add(results_[i].GetResponse(), std::sqrt(results_[i].GetVariance()),
-                    molecules_[i].value);
+      if (predictions_[i].valid)
+        summary.Add(predictions_[i].response, predictions_[i].deviation, molecules_[i].value);
     return summary;
   }
 
@@ -89,16 +88,15 @@ class CrossValidation {
     if (!predictor.Train(training))
       throw Failure(arguments_.train + ": a model cannot be trained without fold " +
                     std::to_string(fold + 1));
-    auto results = predictor.Predict(queries);
-    for (std::size_t k = 0; k < positions.size(); ++k)
-      results_[positions[k]] = std::move(results[k]);
+    const auto predictions = predictor.Predict(queries, false);
+    for (std::size_t k = 0; k < positions.size(); ++k) predictions_[positions[k]] = predictions[k];
     progress.Step(queries.size());
   }
 
   const ValidateArguments& arguments_;
   const std::vector<TrainingMolecule>& molecules_;
   std::vector<unsigned int> folds_;
-  std::vector<QVStats::QVMolKrigeResult> results_;
+  std::vector<Prediction> predictions_;
 };
 
 /// The kernel of a model of all molecules: that which `predict` would use.
@@ -107,8 +105,8 @@ std::string DescribeKernelOfAll(const ValidateArguments& arguments,
   KrigePredictor predictor(arguments);
   if (!predictor.Train(PointTo(molecules)))
     return "none: a model of all molecules cannot be trained";
-  const auto result = predictor.Predict({&molecules.front().mol});
-  return result.front().Valid() ? DescribeKernel(result.front().GetKernel()) : "none";
+  const QVStats::QVMolKrigeResult result = predictor.GetResult(molecules.front().mol);
+  return result.Valid() ? DescribeKernel(result.GetKernel()) : "none";
 }
 
 int Validate(const ValidateArguments& arguments) {

@@ -31,6 +31,20 @@ TEST_F(CommandLine, PredictsEachQueryInOrderAndRefusesBadOnesInPlace) {
   EXPECT_THAT(messages_, HasSubstr("n 2  R2 ")) << "the values table knows two of the queries";
 }
 
+TEST_F(CommandLine, PredictsTheSameWithAndWithoutNeighbours) {
+  Write("query.smi", "CCCCCCCO heptanol\nOC1CCCCC1 cyclohexanol\nCCO ethanol\n");
+  for (const char* options : {"", "--local 4 "}) {
+    const std::string command = std::string("predict ") + options + kTrain + "query.smi ";
+    ASSERT_EQ(Run(command + "--neighbours 1"), 0) << messages_;
+    const auto whole = Lines(output_);
+    ASSERT_EQ(Run(command + "--neighbours 0"), 0) << messages_;
+    const auto bare = Lines(output_);
+    ASSERT_THAT(bare, SizeIs(whole.size()));
+    for (std::size_t i = 0; i < bare.size(); ++i)
+      EXPECT_EQ(whole[i].rfind(bare[i] + ',', 0), 0u) << whole[i] << "\n" << bare[i];
+  }
+}
+
 TEST_F(CommandLine, ReadsEveryFormatAndStandardInput) {
   Write("train.csv",
         "name,smiles,logP,size\nethanol,CCO,-0.31,3\npropanol,CCCO,0.25,4\nbutanol,CCCCO,0.88,5\n"

@@ -1,5 +1,6 @@
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <random>
@@ -7,6 +8,7 @@
 
 #include "examples/points.h"
 #include "stats/api/krige_model.h"
+#include "stats/api/private/krige_system.h"
 
 namespace {
 
@@ -55,6 +57,38 @@ void BM_TrainFixed(benchmark::State& state) {
       benchmark::Counter(n * n * n / 3.0, benchmark::Counter::kIsIterationInvariantRate);
 }
 BENCHMARK(BM_TrainFixed)->RangeMultiplier(2)->Range(500, 4000)->Unit(benchmark::kMillisecond);
+
+/// The system of n points with a known mean (no border), or with an unknown one: a border of ones
+/// and some drift properties.
+void BM_CreateSystem(benchmark::State& state) {
+  const std::vector<Point> points = MakePoints(static_cast<std::size_t>(state.range(0)), 7);
+  const auto n = static_cast<Eigen::Index>(points.size());
+  QVStats::QVKrigeDistances distances;
+  std::vector<double> row(points.size());
+  for (std::size_t g = 0; g < points.size(); ++g) {
+    for (std::size_t h = 0; h < g; ++h) row[h] = EuclideanDistance<3>()(points[g], points[h]);
+    distances.AddPoint(row.data());
+  }
+  const Eigen::Index border = state.range(1);
+  const QVStats::QVKrigeMean mean =
+      border == 0 ? QVStats::QVKrigeMean::Known : QVStats::QVKrigeMean::Unknown;
+  QVStats::QVKrigePoints training;
+  training.distances = &distances;
+  training.responses = Eigen::VectorXd::LinSpaced(n, 0.0, 1.0);
+  training.properties.resize(n, std::max<Eigen::Index>(border - 1, 0));
+  for (Eigen::Index g = 0; g < n; ++g)
+    for (Eigen::Index k = 0; k + 1 < border; ++k)
+      training.properties(g, k) = std::cos(static_cast<double>((k + 1) * g));
+  training.records.points.resize(points.size());
+  for (auto _ : state) {
+    const auto system = QVStats::QVKrigeSystem::Create(training, mean, GetKernel());
+    if (!system) return state.SkipWithError("no system");
+  }
+}
+BENCHMARK(BM_CreateSystem)
+    ->ArgNames({"n", "border"})
+    ->ArgsProduct({{100, 500, 1000, 2000, 4000}, {0, 1, 4}})
+    ->Unit(benchmark::kMillisecond);
 
 void BM_Train(benchmark::State& state) {
   const Model untrained = MakeModel(static_cast<std::size_t>(state.range(0)), 0);

@@ -115,7 +115,7 @@ NeighbourLists GetNeighboursByFingerprint(const ClusterArguments& arguments,
   std::string problem;
   if (const auto size = static_cast<double>(n);
       !QVSystem::QVHasMemory(size * size * sizeof(double), problem))
-    throw Failure("the similarities of " + std::to_string(n) + " molecules " + problem +
+    throw Failure("the matrix of " + std::to_string(n) + " molecules " + problem +
                   "; --by vsepr needs less");
   Progress progress("comparing", n, arguments.quiet);
   std::vector<double> matrix(n * n);

@@ -50,7 +50,7 @@ void Append(std::vector<double>& triangle, const std::vector<double>& row) {
     const std::size_t room = wanted + triangle.size() / 4;
     std::string problem;
     if (!QVSystem::QVHasMemory(2.0 * sizeof(double) * static_cast<double>(room), problem))
-      throw Failure("the similarities of " + std::to_string(row.size()) + " molecules or more " +
+      throw Failure("the matrix of " + std::to_string(row.size()) + " molecules or more " +
                     problem);
     triangle.reserve(room);
   }

@@ -8,6 +8,7 @@
 #include "platform/system/file_stream.h"
 #include "platform/system/generic_data.h"
 #include "platform/system/half.h"
+#include "platform/system/output_file.h"
 #include "tests/support/temporary_file.h"
 
 namespace {
@@ -160,6 +161,37 @@ TEST(GenericData, ATagHoldsValuesOfManyTypes) {
   EXPECT_EQ(holder.GetData<double>("y"), 0.0);  // an int
   EXPECT_EQ(holder.GetData<double>("x"), 0.0);  // nothing
   EXPECT_EQ(sink.GetTexts(QVSystem::QVErrorLevel::Fatal).size(), 2u);
+}
+
+TEST(NewFile, AppearsWholeOrNotAtAll) {
+  const QVStats::TemporaryDirectory directory;
+  const std::string path = directory.Write("table.csv.gz", "before");
+  const auto countFiles = [&] {
+    const std::filesystem::directory_iterator all(directory.GetPath(""));
+    return std::distance(begin(all), end(all));
+  };
+  {
+    const QVSystem::QVNewFile dropped(path);
+    EXPECT_THAT(dropped.GetTemporaryName(), testing::EndsWith(".csv.gz"));
+    std::ofstream(dropped.GetTemporaryName()) << "half";
+    EXPECT_EQ(directory.Read("table.csv.gz"), "before");
+    EXPECT_EQ(countFiles(), 2);
+  }
+  EXPECT_EQ(countFiles(), 1);
+  // A link stays one, and what it names is replaced.
+  const std::string link = directory.GetPath("link");
+  std::filesystem::create_symlink("table.csv.gz", link);
+  std::string problem;
+  EXPECT_TRUE(QVSystem::QVWriteWholeFile(link, "after", problem));
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  EXPECT_EQ(directory.Read("table.csv.gz"), "after");
+  EXPECT_EQ(countFiles(), 2);
+
+  EXPECT_FALSE(QVSystem::QVWriteWholeFile("/dev/full", "x", problem));
+  EXPECT_EQ(problem, "No space left on device");
+  EXPECT_FALSE(QVSystem::QVWriteWholeFile(directory.GetPath("no/file"), "x", problem));
+  EXPECT_EQ(problem, "No such file or directory");
+  EXPECT_EQ(QVSystem::QVNewFile("/dev/null").GetTemporaryName(), "/dev/null");
 }
 
 }  // namespace

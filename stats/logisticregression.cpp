@@ -43,12 +43,6 @@ double LogPhi(double z) {
 /// log(1 / (1 + exp(-z))), without overflow.
 double LogLogistic(double z) { return std::min(z, 0.0) - std::log1p(std::exp(-std::abs(z))); }
 
-/// Has the values fetched while others are worked on.
-void Prefetch(const double* first, const double* last) {
-  constexpr std::ptrdiff_t kCacheLine = 8;
-  for (; first < last; first += kCacheLine) __builtin_prefetch(first);
-}
-
 bool IsLogistic(unsigned int type) { return type == QVBinaryRegressionType::Logistic; }
 
 /// What a block of observations adds: the log-likelihood, and V and W of each. Blocks are always
@@ -189,7 +183,6 @@ double QVRegressionLogLikelihoodOpt::Accumulate(const double* w, double* gradien
   for (std::size_t first = 0; first < n_; first += LinkBlock::kSize) {
     const std::size_t rows = std::min(LinkBlock::kSize, n_ - first);
     const double* const x = predictors_->data() + first * p;
-    Prefetch(x + rows * p, x + std::min(2 * rows, n_ - first) * p);
     std::fill(block.z, block.z + rows, 0.0);
     std::fill(block.z + rows, block.z + LinkBlock::kSize, LinkBlock::kCertain);
     kernels.multiplyTransposed(p, rows, 1.0, x, p, w, block.z);

@@ -94,10 +94,12 @@ template <Size kVectors>
 using TileOf = Vector[kVectors][kTileColumns];
 using Tile = TileOf<kRowVectors>;
 
-/// Adds the product of two strips to a tile; the terms of each stand a step apart.
+/// Adds the product of two strips to a tile; the terms of each stand a step apart, and `columns`
+/// says where in a term of B those of the tile stand.
 template <Size kVectors>
 QV_DENSE_INLINE void MultiplyTile(Size depth, const double* a, Step stepA, const double* b,
-                                  Step stepB, TileOf<kVectors>& tile) {
+                                  Step stepB, const Size (&columns)[kTileColumns],
+                                  TileOf<kVectors>& tile) {
   for (Size k = 0; k < depth; ++k, a += stepA, b += stepB) {
     Vector rows[kVectors];
 #pragma GCC unroll 4
@@ -105,14 +107,16 @@ QV_DENSE_INLINE void MultiplyTile(Size depth, const double* a, Step stepA, const
 #pragma GCC unroll 4
     for (Size j = 0; j < kTileColumns; ++j) {
 #pragma GCC unroll 4
-      for (Size v = 0; v < kVectors; ++v) tile[v][j] += rows[v] * b[j];
+      for (Size v = 0; v < kVectors; ++v) tile[v][j] += rows[v] * b[columns[j]];
     }
   }
 }
 
 /// The same for packed strips.
 QV_DENSE_INLINE void MultiplyTile(Size depth, const double* a, const double* b, Tile& tile) {
-  MultiplyTile<kRowVectors>(depth, a, Signed(kTileRows), b, Signed(kTileColumns), tile);
+  static_assert(kTileColumns == 4);
+  constexpr Size kInOrder[] = {0, 1, 2, 3};
+  MultiplyTile<kRowVectors>(depth, a, Signed(kTileRows), b, Signed(kTileColumns), kInOrder, tile);
 }
 
 /// Adds factor times the product of two packed strips to a whole tile of C.
@@ -240,8 +244,8 @@ constexpr Size kFewRows = 48;
 constexpr Size kFewRowsDepth = 64;
 static_assert(kTileColumns % kWidth == 0);
 
-/// Terms of an update of a small matrix, as they stand and times their weights, each filled up with
-/// zeros to whole registers and tiles.
+/// Terms of an update of a small matrix: as they stand, and times their weights, each of these
+/// filled up with zeros to whole registers.
 struct FewRows {
   Size depth;
   const double* plain;
@@ -266,8 +270,10 @@ void CopyRows(QVDenseView a, Size n, Size depth, const double* weights, Size str
 template <Size kVectors>
 void UpdateFewRows(const FewRows& terms, Size n, Size row, Size column, double* c, Size ldc) {
   TileOf<kVectors> tile = {};
-  MultiplyTile<kVectors>(terms.depth, terms.weighted + row, terms.weightedStep,
-                         terms.plain + column, terms.plainStep, tile);
+  Size columns[kTileColumns];
+  for (Size k = 0; k < kTileColumns; ++k) columns[k] = Min(column + k, n - 1);
+  MultiplyTile<kVectors>(terms.depth, terms.weighted + row, terms.weightedStep, terms.plain,
+                         terms.plainStep, columns, tile);
 #pragma GCC unroll 4
   for (Size k = 0; k < kTileColumns; ++k) {
     const Size j = column + k;
@@ -288,19 +294,13 @@ void UpdateFewRows(const FewRows& terms, Size n, Size row, Size column, double* 
 
 /// The rank update of a matrix of few rows, those of a term side by side.
 void UpdateSmall(Size n, Size depth, const double* weights, QVDenseView a, double* c, Size ldc) {
-  alignas(64) double plain[kFewRowsDepth * kFewRows];
   alignas(64) double weighted[kFewRowsDepth * kFewRows];
   const Size stride = RoundUp(n, kTileColumns);
   for (Size k = 0; k < depth; k += kFewRowsDepth) {
     const QVDenseView block = Offset(a, 0, k);
-    FewRows terms = {Min(kFewRowsDepth, depth - k), block.data, a.columnStep, weighted,
-                     Signed(stride)};
+    const FewRows terms = {Min(kFewRowsDepth, depth - k), block.data, a.columnStep, weighted,
+                           Signed(stride)};
     CopyRows(block, n, terms.depth, weights ? weights + k : nullptr, stride, weighted);
-    if (n != stride) {
-      CopyRows(block, n, terms.depth, nullptr, stride, plain);
-      terms.plain = plain;
-      terms.plainStep = Signed(stride);
-    }
     for (Size column = 0; column < n; column += kTileColumns)
       for (Size row = column; row < stride;) {
         const Size left = (stride - row) / kWidth;

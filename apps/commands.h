@@ -45,6 +45,7 @@ void AddPredictCommand(CLI::App& program, int& exitCode);
 void AddReportCommand(CLI::App& program, int& exitCode);
 void AddValidateCommand(CLI::App& program, int& exitCode);
 void AddSimilarityCommand(CLI::App& program, int& exitCode);
+void AddSmoothCommand(CLI::App& program, int& exitCode);
 void AddTableCommand(CLI::App& program, int& exitCode);
 
 }  // namespace QVApps

@@ -25,6 +25,7 @@ constexpr AddCommand kCommands[] = {
     &AddPredictCommand,
     &AddReportCommand,
     &AddSimilarityCommand,
+    &AddSmoothCommand,
     &AddTableCommand,
     &AddValidateCommand,
 };

@@ -2,6 +2,10 @@
 # make.sh QVSTATS CONTOURS: draws the pictures of the guides again: the report's from the molecules of
 # the demo (1017 with measured activity, CHEMBL2321810, from Debian's rdkit-data), the contour lines
 # by the example program examples/contours.cpp, plots from the test data.
+
+# make.sh QVSTATS CONTOURS: draws the pictures of the guides again: the report's and the variogram from
+# the molecules of the demo (1017 with measured activity, CHEMBL2321810, from Debian's rdkit-data), the
+# contour lines by the example program examples/contours.cpp.
 set -euo pipefail
 program=$1
 contours=$2
@@ -24,8 +28,6 @@ report --page slide --out "$here/report.svg"
 report --title 'Predicted activity of {id}' --property series,source --out "$here/report-title.svg"
 "$contours" "$here/contours.svg"
 
-tables=$here/../../tests/data
-"$program" plot "$tables/iris.arff" --kind scatter --column petalwidth --against petallength --by class \
-  --title 'Petals of three species' --width 560 --height 380 --out "$here/plot-scatter.svg"
-"$program" plot "$tables/faithful.csv" --kind density --column eruptions --fit normal \
-  --title 'Eruption times of Old Faithful' --width 560 --height 380 --out "$here/plot-density.svg"
+# make.sh QVSTATS CONTOURS: draws the pictures of the guides again: the report's and the variogram from
+# the molecules of the demo (1017 with measured activity, CHEMBL2321810, from Debian's rdkit-data), the
+# contour lines by the example program examples/contours.cpp, plots from the test data.

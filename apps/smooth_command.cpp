@@ -20,6 +20,7 @@
 #include "platform/depict/plot.h"
 #include "platform/system/text.h"
 #include "stats/api/data_table_split.h"
+#include "stats/api/data_vector_functions.h"
 #include "stats/api/linear_smoother.h"
 #include "stats/api/linear_smoother_variogram.h"
 
@@ -39,7 +40,7 @@ struct Arguments : SimilarityTableArguments {
   double trim = 0.0;
   bool equalWeights = false;
   double minPairs = 0.1;
-  double minSimilarity = 0.5;
+  double minSimilarity = 0.3;
   double test = 0.2;
   unsigned int seed = 1;
   std::string out = "-";
@@ -79,19 +80,49 @@ void Check(const Arguments& arguments, const QVStatModelResult& result) {
   if (result.NotSuccessful()) throw Failure(arguments.table + ": " + Describe(result));
 }
 
-/// Kriging needs a nugget above 0 where objects are all but identical, and a sill above it.
-void RepairNugget(const Arguments& arguments, Values& params) {
-  constexpr double kLeastShare = 0.01;
-  const double sill = params[2];
-  if (!(sill > 0.0) || params[1] >= sill)
+/// The root-mean-square error of training rows that simple kriging predicts from the others.
+double GetLeftOutError(const Arguments& arguments, unsigned int kernelType,
+                       const QVDataTable& training, const Values& params) {
+  QVKrigeOnSimilarity model(kernelType, arguments.response, arguments.similarity, training);
+  QVSimilarityPredictions leftOut;
+  if (model.SetModelParams(params).NotSuccessful() ||
+      model.GetLeaveOneOutPredictions(leftOut).NotSuccessful())
+    return HUGE_VAL;
+  const Values responses = training.GetDoubles(training.GetColumnFromName(arguments.response));
+  PredictionSummary summary;
+  for (std::size_t i = 0; i < responses.size(); ++i)
+    summary.Add(leftOut.predicted[i], leftOut.estimatedErrors[i], responses[i]);
+  return summary.GetRMSE();
+}
+
+/// Nothing keeps the nugget of a fit from being negative, and the pairs that are near enough to
+/// tell a small one are few. Below 1 % of the variance of the responses it is replaced by the share
+/// of that variance with which rows are predicted best from the others.
+void RepairNugget(const Arguments& arguments, unsigned int kernelType, const QVDataTable& training,
+                  Values& params) {
+  const double fitted = params[1], sill = params[2];
+  if (!(sill > 0.0) || fitted >= sill)
     throw Failure(QVSystem::QVFormat(
         "%s: the fitted variogram does not grow with dissimilarity (nugget %.4g, sill %.4g); try "
         "another kernel, or --min-similarity",
-        arguments.table.c_str(), params[1], sill));
-  if (params[1] >= kLeastShare * sill) return;
-  std::cerr << QVSystem::QVFormat("the fitted nugget, %.4g, is raised to %.4g, 1 %% of the sill\n",
-                                  params[1], kLeastShare * sill);
-  params[1] = kLeastShare * sill;
+        arguments.table.c_str(), fitted, sill));
+  const double variance =
+      QVSampleVariance()(training.GetDoubles(training.GetColumnFromName(arguments.response)));
+  if (fitted >= 0.01 * variance) return;
+  double least = HUGE_VAL;
+  for (const double share : {0.01, 0.02, 0.05, 0.1, 0.2, 0.5}) {
+    const Values candidate = {params[0], share * variance, sill};
+    const double error = GetLeftOutError(arguments, kernelType, training, candidate);
+    if (!(error < least)) continue;
+    least = error;
+    params[1] = candidate[1];
+  }
+  if (least == HUGE_VAL)
+    throw Failure(arguments.table +
+                  ": with the fitted variogram the covariance is not positive definite; try "
+                  "another kernel");
+  std::cerr << QVSystem::QVFormat(
+      "the fitted nugget is %.4g: rows left out are predicted best with %.4g\n", fitted, params[1]);
 }
 
 Fit FitVariogram(const Arguments& arguments, unsigned int kernelType, const QVDataTable& training) {
@@ -113,7 +144,7 @@ Fit FitVariogram(const Arguments& arguments, unsigned int kernelType, const QVDa
   Check(arguments, fit.variogram.CalcOptimalTheoryVariogram(fit.objective, param, kernelType,
                                                             kCurvePoints, -1.0, -1.0, -1.0));
   fit.params = fit.variogram.GetKrigingParameters();
-  RepairNugget(arguments, fit.params);
+  RepairNugget(arguments, kernelType, training, fit.params);
   return fit;
 }
 

@@ -82,7 +82,7 @@ TEST_F(CommandLine, FitsTheVariogramOfSimilarities) {
   Write("y.csv", values + "p60,1\np3,high\n");
   const std::string common =
       "smooth --table s.pgs --values y.csv --response y --fit-variogram "
-      "--kernel Gaussian --bins 10 --out p.csv --variogram v.csv ";
+      "--kernel Gaussian --min-similarity 0.5 --bins 10 --out p.csv --variogram v.csv ";
   for (const char* model : {"kernel", "gp", "krige", "okrige"}) {
     ASSERT_EQ(Run(common + "--plot v.svg --model " + model), 2) << messages_;
     EXPECT_THAT(messages_, HasSubstr("y.csv, line 62: no row of s.pgs has the title 'p60'\n"

@@ -6,8 +6,8 @@
 The program writes the similarities of all pairs, then every model of `qvstats smooth` predicts a
 held-out fifth with parameters from the variogram of the rest. scikit-learn's
 GaussianProcessRegressor gets the same matrix, through a kernel of precomputed similarities, and the
-same rows; it maximises the likelihood over signal, noise and, for exp(-p (1 - s)), the kernel parameter. The table holds the
-mean over the splits.
+same rows; it maximises the likelihood over signal, noise and, for exp(-p (1 - s)), the kernel
+parameter. The table holds the mean over the splits.
 """
 
 import argparse

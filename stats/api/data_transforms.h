@@ -134,7 +134,7 @@ class QVTransformByFormula : public QVDoubleResultOfDoubleArg {
   static double Evaluate(const Formula& formula, double x) {
     const bool missing = x == QVStatsBadData::MissingDouble;
     const bool bad = x == QVStatsBadData::BadDouble;
-    return missing | bad ? x : formula(x);
+    return (missing | bad) ? x : formula(x);
   }
 
   Formula formula_;

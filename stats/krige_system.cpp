@@ -69,7 +69,7 @@ void QVFillLowerCovariances(MatrixXd& matrix, const QVKrigeDistances& distances,
 bool QVHasCompleteCovariances(const MatrixXd& matrix, std::size_t points) {
   for (Index column = 0; column < static_cast<Index>(points); ++column)
     if (matrix.col(column).segment(column, static_cast<Index>(points) - column).hasNaN())
-      return QV_ASSERT(!"a covariance is not a number");
+      return QVSystem::QVReportFailedAssertion("a covariance is not a number", __LINE__, __FILE__);
   return true;
 }
 
@@ -263,7 +263,7 @@ std::shared_ptr<const QVKrigeSystem> QVKrigeSystem::Create(QVKrigePoints points,
   auto cholesky = std::make_shared<CholeskySystem>();
   if (!cholesky->Factorise(std::move(covariances))) {
     // Covariances that are not numbers never factorise: a fault of the kernel, not of the points.
-    covariances.resize(n, n);
+    covariances = MatrixXd(n, n);
     QVFillLowerCovariances(covariances, *points.distances, kernel);
     QVHasCompleteCovariances(covariances, Count(n));
     return nullptr;

@@ -12,7 +12,7 @@
 #   symbols    compares what the libraries export with the lists in cmake/symbols
 #   consumer   installs, then builds and runs a small project against the installed tree
 #   package    makes the Debian packages, unpacks them and uses what they hold
-#   docs       the API reference, in build/release/docs/html
+#   docs       the API reference, in build/release/docs/html; checks the samples of README and docs
 #   bench      builds and runs the benchmarks
 set -euo pipefail
 cd "$(dirname "$0")"
@@ -191,10 +191,12 @@ package() {
 }
 
 docs() {
-  packages doxygen graphviz
-  cmake --preset release
+  packages doxygen graphviz python3
+  build release
   cmake --build --preset release --target docs
   echo "build/release/docs/html/index.html"
+  say "the samples and command lines of README and docs"
+  tools/check_docs.py build/release
 }
 
 bench() {

@@ -4,7 +4,8 @@
     tools/check_docs.py BUILD_FOLDER [PAGE ...]
 
 A sample is a block fenced by ```cpp. One with a main() is compiled, linked and run; any other is the
-body of a function and is only compiled. An HTML comment right before it gives what the page leaves out:
+body of a function and is only compiled. A using directive holds for the rest of its page. An HTML
+comment right before a sample gives what the page leaves out:
 
     <!-- given
     std::vector<double> data;
@@ -66,14 +67,17 @@ def run(command, **options):
     return subprocess.run(command, capture_output=True, text=True, **options)
 
 
-def check_sample(lines, comment, build):
+def check_sample(lines, comment, using, build):
     given = comment.strip().removeprefix("given").split("\n") if comment.strip().startswith("given") else []
-    hoisted = sorted(line for line in given + lines if line.startswith(("#include", "using namespace")))
-    rest = [line for line in lines if line not in hoisted]
-    head = [f"#include <{name}>" for name in ALWAYS] + hoisted
+    hoisted = sorted(line for line in given + lines if line.startswith("#include"))
+    using.update(line for line in given + lines if line.startswith("using namespace"))
+    def body(of):
+        return [line for line in of if line not in hoisted and line not in using]
+
+    head = [f"#include <{name}>" for name in ALWAYS] + hoisted + sorted(using)
     whole = any("int main(" in line for line in lines)
-    source = head + (rest if whole else
-                     ["void Sample() {"] + [line for line in given if line not in hoisted] + ["{"] + rest + ["}}"])
+    source = head + (body(lines) if whole else
+                     ["void Sample() {", *body(given), "{", *body(lines), "}}"])
     with tempfile.TemporaryDirectory() as folder:
         path = pathlib.Path(folder, "sample.cpp")
         path.write_text("\n".join(source) + "\n")
@@ -143,10 +147,10 @@ def main():
         ROOT / "README.md", ROOT / "CONTRIBUTING.md", *sorted(ROOT.glob("docs/**/*.md"))]
     checked = failed = 0
     for page in pages:
-        printed = ""
+        printed, using = "", set()
         for line, kind, comment, lines in blocks(page.read_text()):
             if kind == "cpp":
-                fault = check_sample(lines, comment, build)
+                fault = check_sample(lines, comment, using, build)
             elif kind == "command":
                 fault, printed = check_commands(lines, comment, build)
             elif kind == "printed":

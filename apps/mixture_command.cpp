@@ -252,18 +252,18 @@ void WithoutWarnings(Fit fit) {
 
 void RunDirichlet(const Arguments& arguments, const Column& column) {
   if (!arguments.calls.empty()) throw Failure("--calls needs a null part: give --pairs");
-  const auto [least, most] = ParsePair(arguments.components, '-', false);
+  const std::pair<unsigned int, unsigned int> sizes = ParsePair(arguments.components, '-', false);
   QVStatModelResult result;
   Values weights;
   std::vector<QVDirichletGaussGammaMixtureModel> models;
   WithoutWarnings([&] {
-    FitDirichletGaussGammaMixtureModel(result, weights, models, least, most, arguments.column,
-                                       arguments.priorSize, column.values);
+    FitDirichletGaussGammaMixtureModel(result, weights, models, sizes.first, sizes.second,
+                                       arguments.column, arguments.priorSize, column.values);
   });
   CheckFits(result);
   std::vector<Fit> fits;
   for (std::size_t i = 0; i < models.size(); ++i)
-    fits.push_back({std::to_string(least + i), weights[i], 0, &models[i].GetModel()});
+    fits.push_back({std::to_string(sizes.first + i), weights[i], 0, &models[i].GetModel()});
   Report(arguments, fits, column.values);
 }
 

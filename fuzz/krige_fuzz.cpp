@@ -101,7 +101,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (unsigned int i = 0; i < count; ++i) {
     const Point point = MakePoint(input);
     if (input.ConsumeIntegralInRange(0, 9) == 0)
-      model.AddTraining(point);
+      model.AddUnmeasuredTraining(point, MakeResponse(input));
     else
       model.AddTraining(point, MakeResponse(input));
   }

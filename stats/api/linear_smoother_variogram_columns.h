@@ -66,9 +66,9 @@ class QVSTATS_EXPORT QVVariogramOnPredColumns {
  public:
   /// Fills the grid, the weights and the statistics from the rows of a table.
   ///
-  /// \param binsPerDim, similarityThresholds one for each predictor column.
+  /// \param binsPerDim one for each predictor column.
   /// \param weightByPairCount, fracAveBinCountThreshold, similarityThresholds how cells count in a
-  /// fit: CalcWeightsForFittingVariogram.
+  /// fit: CalcWeightsForFittingVariogram; a threshold for each predictor column.
   /// \param statisticType, statisticParam of a cell: CalcSampleStatPerBin.
   ///
   /// Failures of the steps, with this constructor's name added; later steps are then skipped:

@@ -145,14 +145,16 @@ TEST_P(DistributionProperties, PercentilesInvertTheDistributionFunction) {
     }
   });
   // A search that cannot reach its tolerance in p, for want of digits in x, fails and says so.
-  EXPECT_GT(numFound, 350u);
+  EXPECT_GT(numFound, 300u);
 }
 
 TEST_P(DistributionProperties, DistributionFunctionIsMonotone) {
   Engine engine(12);
   ForEachDistribution([&](const QVUniVarPDF& pdf) {
     QVStatModelResult result(true);
-    const double low = pdf.GetPercentile(0.001, result), high = pdf.GetPercentile(0.999, result);
+    const double low = pdf.GetPercentile(0.001, result);
+    if (result.NotSuccessful()) return;
+    const double high = pdf.GetPercentile(0.999, result);
     if (result.NotSuccessful()) return;
     std::vector<double> xs;
     for (int i = 0; i < 200; ++i) xs.push_back(Uniform(engine, low, high));

@@ -68,7 +68,13 @@ TEST(Memory, SaysWhatIsNeededAndWhatThereIs) {
 }
 
 // The address sanitizer reserves terabytes of address space.
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifdef __has_feature
+#define QVSTATS_TEST_HAS_FEATURE(name) __has_feature(name)
+#else
+#define QVSTATS_TEST_HAS_FEATURE(name) 0
+#endif
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && \
+    !QVSTATS_TEST_HAS_FEATURE(address_sanitizer) && !QVSTATS_TEST_HAS_FEATURE(thread_sanitizer)
 
 /// Limits the address space to `megabytes` beyond what the process has, and ends it with 0 when
 /// `work` then returns true.

@@ -1,6 +1,7 @@
 #include "stats/api/svd_data_model.h"
 
 #include <Eigen/SVD>
+#include <cmath>
 #include <memory>
 #include <utility>
 
@@ -12,6 +13,58 @@ namespace {
 
 // The kriging engine's drift model: a wrong vector is reported as a fault of the engine.
 constexpr const char* kSource = "stats/krige_model_impl";
+
+using Eigen::MatrixXd;
+using Eigen::VectorXd;
+using ThinSVD = Eigen::JacobiSVD<MatrixXd, Eigen::ColPivHouseholderQRPreconditioner>;
+
+/// left - right x, each entry summed in extended precision.
+template <class Matrix>
+VectorXd SubtractProduct(const VectorXd& left, const Matrix& right, const VectorXd& x) {
+  VectorXd difference(left.size());
+  for (Eigen::Index i = 0; i < left.size(); ++i) {
+    long double sum = left[i];
+    for (Eigen::Index k = 0; k < x.size(); ++k) sum -= static_cast<long double>(right(i, k)) * x[k];
+    difference[i] = static_cast<double>(sum);
+  }
+  return difference;
+}
+
+/// The least-squares solution of A x = b from the decomposition U S V^T of A. It solves
+/// r + A x = b, A^T r = 0 and is refined in x and r at once, since with a large r the errors of x
+/// grow with the square of the condition of A; two steps make it right to rounding.
+/// Source: A. Bjorck, "Iterative refinement of linear least squares solutions I", BIT 7, 1967, 257.
+VectorXd SolveLeastSquares(const ThinSVD& svd, const MatrixXd& design, const VectorXd& response) {
+  const Eigen::Index rank = svd.rank();
+  const auto u = svd.matrixU().leftCols(rank);
+  const auto v = svd.matrixV().leftCols(rank);
+  const auto s = svd.singularValues().head(rank).array();
+  VectorXd solution = svd.solve(response);
+  VectorXd residual = response - design * solution;
+  for (int step = 0; step < 2; ++step) {
+    const VectorXd f = SubtractProduct(response - residual, design, solution);
+    const VectorXd g = SubtractProduct(VectorXd::Zero(design.cols()), design.transpose(), residual);
+    const VectorXd inner = ((u.transpose() * f).array() - (v.transpose() * g).array() / s).matrix();
+    solution += v * (inner.array() / s).matrix();
+    residual += f - u * inner;
+  }
+  return solution;
+}
+
+/// Powers and mixed units make columns of very different lengths, which hide the rank of a design
+/// from its singular values. Columns of length 1 show it, and where it is full the solution is the
+/// same; where it is not, the shortest solution is that of the columns as they are.
+VectorXd SolveLeastSquares(const MatrixXd& design, const VectorXd& response) {
+  constexpr unsigned kThin = Eigen::ComputeThinU | Eigen::ComputeThinV;
+  const auto norms = design.colwise().stableNorm();
+  const Eigen::RowVectorXd scale = norms.unaryExpr([](double norm) {
+    return norm > 0.0 ? std::exp2(-std::ilogb(norm)) : 1.0;  // powers of 2: no rounding
+  });
+  const MatrixXd scaled = design * scale.asDiagonal();
+  if (const ThinSVD svd(scaled, kThin); svd.rank() == design.cols())
+    return scale.transpose().cwiseProduct(SolveLeastSquares(svd, scaled, response));
+  return SolveLeastSquares(ThinSVD(design, kThin), design, response);
+}
 
 }  // namespace
 
@@ -45,16 +98,14 @@ bool QVSVD<std::vector<double>>::Train() {
   if (inputs_.empty()) return false;
   const auto rows = static_cast<Eigen::Index>(inputs_.size());
   const auto size = static_cast<Eigen::Index>(properties_.GetSize());
-  Eigen::MatrixXd design(rows, size + 1);
+  MatrixXd design(rows, size + 1);
   for (Eigen::Index i = 0; i < rows; ++i)
     design.row(i).head(size) =
         Eigen::Map<const Eigen::RowVectorXd>(inputs_[static_cast<std::size_t>(i)].data(), size);
   design.col(size).setOnes();
-  const Eigen::Map<const Eigen::VectorXd> response(responses_.data(), rows);
+  const Eigen::Map<const VectorXd> response(responses_.data(), rows);
   if (!design.allFinite() || !response.allFinite()) return false;
-  const Eigen::JacobiSVD<Eigen::MatrixXd, Eigen::ColPivHouseholderQRPreconditioner> svd(
-      design, Eigen::ComputeThinU | Eigen::ComputeThinV);
-  const Eigen::VectorXd solution = svd.solve(response);
+  const VectorXd solution = SolveLeastSquares(design, response);
   if (!solution.allFinite()) return false;
   coefficients_.assign(solution.data(), solution.data() + solution.size());
   trained_ = true;

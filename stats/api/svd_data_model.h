@@ -32,8 +32,11 @@ class QVSVD;
 
 /// Ordinary least squares of a response on p properties and a constant: minimises
 /// sum_i (y_i - b - sum_k beta_k x_ik)^2. Where the examples leave coefficients open, for example
-/// with fewer examples than p + 1, those of the smallest Euclidean norm are taken.
-/// Source: G. H. Golub, C. F. Van Loan, "Matrix Computations", 4th edition, 2013, section 5.5.
+/// with fewer examples than p + 1, those of the smallest Euclidean norm are taken. Coefficients are
+/// refined with residuals in extended precision: right to rounding for the numbers as given, also
+/// for polynomials of high degree.
+/// Source: G. H. Golub, C. F. Van Loan, "Matrix Computations", 4th edition, 2013, section 5.5;
+/// A. Bjorck, "Iterative refinement of linear least squares solutions I", BIT 7, 1967, 257-278.
 template <>
 class QVSTATS_EXPORT QVSVD<std::vector<double>> : public QVDataModelBase<std::vector<double>> {
  public:

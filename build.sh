@@ -71,7 +71,6 @@ INSTRUMENTED=(clang libclang-rt-14-dev)
 # RDKit is not instrumented, so the bounds that it leaves in containers mean nothing here.
 export ASAN_OPTIONS=detect_container_overflow=0:allocator_may_return_null=1
 export UBSAN_OPTIONS=print_stacktrace=1
-# fontconfig keeps a few patterns until the process ends.
 export LSAN_OPTIONS=suppressions=$PWD/tests/support/leaks.supp:print_suppressions=0
 
 sanitize() {
@@ -89,21 +88,34 @@ threads() {
   TSAN_OPTIONS=halt_on_error=1 build/threads/tests/threads_test
 }
 
-# Finds are kept in build/fuzz/<name>; an input that fails is written there and printed.
+# The subcommands and options of the help texts, as a fuzzer's dictionary.
+words_of_command_line() {
+  local program=build/sanitize/apps/qvstats commands command
+  commands=$($program --help | awk '/^Subcommands:/ { found = 1; next } found { print $1 }')
+  for command in $commands; do
+    echo "$command"
+    $program "$command" --help | grep -oE -- '--[a-z-]+'
+  done | sort -u | sed 's/.*/"&"/'
+}
+
+# Finds are kept in build/fuzz/<name>; an input that fails is written there and printed. Paths are
+# absolute because a target may change its directory.
 fuzz_one() {
-  local name=$1 out=build/fuzz/$1
+  local name=$1 out=$PWD/build/fuzz/$1
+  local limits=(-max_total_time="${FUZZ_SECONDS:-60}" -max_len=4096 -timeout=100 -rss_limit_mb=4096)
   mkdir -p "$out"
-  build/sanitize/fuzz/"${name}_fuzz" -max_total_time="${FUZZ_SECONDS:-60}" -timeout=20 -rss_limit_mb=4096 \
-    -max_len=4096 -print_final_stats=1 -artifact_prefix="$out/" "$out" "fuzz/corpus/$name" >"$out.log" 2>&1 ||
+  [ "$name" != command ] || { words_of_command_line >"$out.dict" && limits+=(-dict="$out.dict"); }
+  TMPDIR=$PWD/build/fuzz build/sanitize/fuzz/"${name}_fuzz" "${limits[@]}" -print_final_stats=1 \
+    -artifact_prefix="$out/" "$out" "$PWD/fuzz/corpus/$name" >"$out.log" 2>&1 ||
     { tail -60 "$out.log"; echo "fuzz: $name failed"; return 1; }
-  echo "$name: $(grep -E 'Done|number_of_executed' "$out.log" | tr '\n' ' ')"
+  echo "$name: $(grep -E '^Done|average_exec' "$out.log" | tr '\n' ' ')"
 }
 
 fuzz() {
   packages "${INSTRUMENTED[@]}"
   build sanitize
   say "fuzzing"
-  export -f fuzz_one
+  export -f fuzz_one words_of_command_line
   printf '%s\n' fuzz/*_fuzz.cpp | sed 's#fuzz/##; s#_fuzz.cpp##' | xargs -P "$JOBS" -I{} bash -c 'fuzz_one {}'
 }
 

@@ -123,12 +123,17 @@ KrigePredictor::KrigePredictor(const KrigeArguments& arguments)
       model_(MakeModel(arguments, distance_.get(), drift_)) {}
 
 bool KrigePredictor::Prepare(QVChem::QVMolBase& mol, std::string& error) const {
-  for (const std::string& tag : driftTags_)
-    if (double value;
-        !QVSystem::QVStringToNumber(mol.GetSDData(tag), value) || !std::isfinite(value)) {
+  for (const std::string& tag : driftTags_) {
+    double value = 0.0;
+    if (!QVSystem::QVStringToNumber(mol.GetSDData(tag), value) || std::isnan(value))
       error = "no number under the drift column '" + tag + "'";
-      return false;
-    }
+    else if (std::abs(value) > kLargestValue)
+      error = QVSystem::QVFormat("a number beyond %g under the drift column '%s'", kLargestValue,
+                                 tag.c_str());
+    else
+      continue;
+    return false;
+  }
   if (!drift_.PrepMol(mol) || (distance_ && !distance_->PrepMol(mol))) {
     error = "no fingerprint can be made";
     return false;

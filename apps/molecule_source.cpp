@@ -306,11 +306,12 @@ void MoleculeSource::ReadValue(MoleculeRecord& record) {
     record.valueText = record.mol.GetSDData(options_.valueName);
   }
   double value = 0.0;
-  if (ReadFinite(record.valueText, value)) {
+  const bool isNumber = ReadFinite(record.valueText, value);
+  if (isNumber && std::abs(value) <= kLargestValue) {
     record.value = value;
   } else if (!record.valueText.empty() && options_.valueRequired) {
-    throw Failure(place + ": the value '" + record.valueText + "' of '" + record.id +
-                  "' is not a number");
+    throw Failure(place + ": the value '" + record.valueText + "' of '" + record.id + "' is " +
+                  (isNumber ? QVSystem::QVFormat("beyond %g", kLargestValue) : "not a number"));
   }
 }
 

@@ -27,6 +27,9 @@
 
 namespace QVApps {
 
+/// Where the numbers end that models are made of: the squares of their squares are finite too.
+constexpr double kLargestValue = 1e70;
+
 struct MoleculeRecord {
   std::size_t number = 0;  ///< from 1; bad records count
   std::size_t line = 0;    ///< the first line of the record, from 1
@@ -61,9 +64,9 @@ struct MoleculeSourceOptions {
   /// second one when that is empty; identifiers in `idColumn` if it has that, else in its first.
   std::string valuesFile;
   /// Without a value a file is no use: Next throws Failure for a value column or tag that does not
-  /// exist (listing those that do), for a value that is not a finite number, for a file without any
-  /// molecule or any value. A record with an empty value has none and is no failure. If false, such
-  /// records just have no value.
+  /// exist (listing those that do), for a value that is not a number or beyond kLargestValue, for a
+  /// file without any molecule or any value. A record with an empty value has none and is no
+  /// failure. If false, such records just have no value.
   bool valueRequired = false;
 };
 

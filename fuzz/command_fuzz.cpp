@@ -2,6 +2,7 @@
 // with a few small files; an argument that would leave it is dropped.
 #include <fcntl.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <vector>
@@ -37,6 +38,13 @@ std::vector<std::string> SplitLines(const std::uint8_t* data, std::size_t size) 
   return lines;
 }
 
+/// A new directory to run in, which is gone at the end.
+void EnterDirectory() {
+  static std::string path = (fs::temp_directory_path() / "qvstats-fuzz-XXXXXX").string();
+  fs::current_path(mkdtemp(path.data()));
+  std::atexit([] { fs::remove_all(path); });
+}
+
 bool StaysInside(const std::string& argument) {
   return argument.find('/') == std::string::npos && argument.find("..") == std::string::npos;
 }
@@ -51,8 +59,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
   const int null = open("/dev/null", O_RDWR);
   dup2(null, STDIN_FILENO);
   dup2(null, STDOUT_FILENO);
-  std::string pattern = (fs::temp_directory_path() / "qvstats-fuzz-XXXXXX").string();
-  fs::current_path(mkdtemp(pattern.data()));
+  EnterDirectory();
   return 0;
 }
 

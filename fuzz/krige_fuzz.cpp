@@ -32,8 +32,11 @@ Point MakePoint(FuzzedDataProvider& input) {
   return {x / 8.0, y / 8.0};
 }
 
+/// Of any size whose square is a number; larger ones are a mistake of the calling program.
 double MakeResponse(FuzzedDataProvider& input) {
-  if (input.ConsumeIntegralInRange(0, 7) == 0) return input.ConsumeFloatingPoint<double>();
+  if (input.ConsumeIntegralInRange(0, 7) == 0)
+    return std::ldexp(input.ConsumeFloatingPointInRange(-1.0, 1.0),
+                      input.ConsumeIntegralInRange(-1074, 500));
   return input.ConsumeIntegralInRange(-40, 40) / 8.0;
 }
 

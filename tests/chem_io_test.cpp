@@ -111,6 +111,25 @@ TEST(MolReader, SDRecordsKeepTitleAndData) {
   EXPECT_FALSE(reader.HasError());
 }
 
+TEST(MolReader, BadV3000BlocksAreBadRecords) {
+  const auto record = [](const std::string& counts, const std::string& bond) {
+    return "v3\n\n\n  0  0  0     0  0            999 V3000\nM  V30 BEGIN CTAB\nM  V30 COUNTS " +
+           counts +
+           "\nM  V30 BEGIN ATOM\nM  V30 1 C 0 0 0 0\nM  V30 2 O 1.2 0 0 0\nM  V30 END ATOM\n"
+           "M  V30 BEGIN BOND\nM  V30 " +
+           bond + "\nM  V30 END BOND\nM  V30 END CTAB\nM  END\n$$$$\n";
+  };
+  const TemporaryDirectory dir;
+  QVMolReader reader(
+      dir.Write("a.sdf", record("2 y 0 0 0", "1 1 1 2") + record("2 1 0 0 0", "1 1 1 9") +
+                             record("2 1 0 0 0", "1 1 1 2")),
+      ReturnBad());
+  EXPECT_THAT(Summarize(reader),
+              ElementsAre("1/1: bad: a number cannot be read",
+                          testing::StartsWith("2/17: bad: the connection table contradicts itself"),
+                          "3/33: v3"));
+}
+
 TEST(MolReader, CrLfAndAMissingLastLineAreTheSameRecord) {
   const TemporaryDirectory dir;
   std::string text = SDRecord("one", "N", "0.0000");

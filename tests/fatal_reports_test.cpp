@@ -159,6 +159,17 @@ const Row kRows[] = {
        QVKrigeKernel fitted = kernel;
        EXPECT_EQ(QVFitKernelPartial(fitted, variogram, 0.01), kMax);
      }},
+    {"ResponsesWhoseSquaresAreInfinite", kSome,
+     [] {
+       for (const QVKrigeOptions& options :
+            {GlobalOptions(), QVKrigeOptions(QVLocalKrigeOptions().SetNumLocal(5))}) {
+         Model model = MakeModel(Kind::Ordinary, options);
+         for (const Sample& sample : MakeSamples(20, 1))
+           model.AddTraining(sample.point, 1e200 * sample.value);
+         EXPECT_FALSE(model.Train());
+         EXPECT_EQ(model.Predict({0.0, 0.0}), kMax);
+       }
+     }},
     {"ResultThatIsNoNumber", 1,
      [] {
        QVKrigeResultImpl result;

@@ -140,6 +140,8 @@ TEST(MoleculeSource, WhatIsWrongWithAFileIsNamed) {
        "number"},
       {"e.csv", "smiles,y\nC,nan\n", "y",
        ": line 2: the value 'nan' of 'record 1' is not a number"},
+      {"large.csv", "smiles,y\nC,1e70\nC,-1.1e70\n", "y",
+       ": line 3: the value '-1.1e70' of 'record 2' is beyond 1e+70"},
       {"f.csv", "smiles,y\nC,\n", "y", ": no molecule has a value 'y'"},
       {"g.csv", "smiles,\"y\nC,1\n", "y", ": line 1: a quote is not closed"},
       {"h.csv", "smiles,y,y\n", "y", ": the header has two columns 'y'"},

@@ -5,6 +5,7 @@
 #include <RDGeneral/Invariant.h>
 
 #include <exception>
+#include <typeinfo>
 #include <utility>
 
 #include "platform/chem/internal/mol_access.h"
@@ -116,6 +117,8 @@ std::string GetTextOfCurrentException() {
   } catch (const Invar::Invariant& failure) {
     // A check inside the library failed: its text is an expression of the library's own.
     return "the connection table contradicts itself (" + OneLine(failure.what()) + ")";
+  } catch (const std::bad_cast&) {
+    return "a number cannot be read";
   } catch (const std::exception& failure) {
     return OneLine(failure.what());
   } catch (...) {

@@ -31,6 +31,9 @@ namespace QVStats {
 /// a question leaves the model as it is: an untrained one trains a private copy at every call. On a
 /// trained model the const forms may run concurrently.
 ///
+/// Responses are numbers whose squared differences are finite; others are a mistake of the caller,
+/// which training reports as fatal.
+///
 /// A model on all of n training elements holds 4 n^2 bytes of distances and, once trained, 8 n^2
 /// bytes of a matrix; training that would not fit into memory fails with an error that says how
 /// much it needs. A local model grows with n alone.

@@ -5,7 +5,6 @@
 
 #include <gmock/gmock.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -14,14 +13,12 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/temporary_file.h"
+
 /// A directory of its own for each test, with a few molecules and values.
 class CommandLine : public testing::Test {
  protected:
-  CommandLine()
-      : directory_(std::filesystem::temp_directory_path() /
-                   ("qvstats_" + std::to_string(::getpid()) + "_" +
-                    testing::UnitTest::GetInstance()->current_test_info()->name())) {
-    std::filesystem::create_directories(directory_);
+  CommandLine() {
     Write("known.smi",
           "CCO ethanol\nCCCO propanol\nCCCCO butanol\nCCCCCO pentanol\nCC(C)O isopropanol\n"
           "CCCCCCO hexanol\nOc1ccccc1 phenol\nCc1ccccc1O cresol\n");
@@ -29,8 +26,6 @@ class CommandLine : public testing::Test {
           "id,logP\nethanol,-0.31\npropanol,0.25\nbutanol,0.88\npentanol,1.51\nisopropanol,0.05\n"
           "hexanol,2.03\nphenol,1.46\ncresol,1.95\nheptanol,2.62\n");
   }
-  ~CommandLine() override { std::filesystem::remove_all(directory_); }
-
   void Write(const std::string& name, const std::string& text) const {
     std::ofstream(directory_ / name, std::ios::binary) << text;
   }
@@ -59,7 +54,8 @@ class CommandLine : public testing::Test {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   }
 
-  std::filesystem::path directory_;
+  const QVStats::TemporaryDirectory temporary_;
+  const std::filesystem::path directory_ = temporary_.GetPath("");
   std::string output_;
   std::string messages_;
 };

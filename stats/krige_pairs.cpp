@@ -114,15 +114,20 @@ double EstimateBound(const std::vector<double>& distances, std::size_t count) {
 /// The elements within `bound`; without a branch on the distances, which no processor can predict.
 std::vector<QVKrigeCandidate> CollectWithin(const std::vector<double>& distances, double bound,
                                             double leastDistance) {
-  std::vector<QVKrigeCandidate> candidates(distances.size());
-  std::size_t size = 0;
-  for (std::size_t i = 0; i < distances.size(); ++i) {
-    candidates[size] = {distances[i], i};
-    const bool within = distances[i] <= bound;
-    const bool admitted = std::abs(distances[i]) >= leastDistance;
-    size += static_cast<std::size_t>(within & admitted);
+  constexpr std::size_t kBlock = 256;
+  QVKrigeCandidate block[kBlock];
+  std::vector<QVKrigeCandidate> candidates;
+  for (std::size_t first = 0; first < distances.size(); first += kBlock) {
+    const std::size_t end = std::min(first + kBlock, distances.size());
+    std::size_t size = 0;
+    for (std::size_t i = first; i < end; ++i) {
+      block[size] = {distances[i], i};
+      const bool within = distances[i] <= bound;
+      const bool admitted = std::abs(distances[i]) >= leastDistance;
+      size += static_cast<std::size_t>(within & admitted);
+    }
+    candidates.insert(candidates.end(), block, block + size);
   }
-  candidates.resize(size);
   return candidates;
 }
 

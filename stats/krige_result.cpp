@@ -1,6 +1,8 @@
 #include "stats/api/krige_result.h"
 
 #include <cmath>
+#include <optional>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -18,13 +20,29 @@ QVKrigeResult::QVKrigeResult(const QVKrigeResultBase& result) : result_(result.C
 QVKrigeResult::QVKrigeResult(std::unique_ptr<QVKrigeResultBase> result)
     : result_(result ? std::move(result) : std::make_unique<QVKrigeResultImpl>()) {}
 
-double QVCalculateResponse(const QVKrigeResultBase& result, double errorValue) {
-  QV_ASSERT(!std::isnan(errorValue));
-  if (!result.Valid()) return errorValue;
+namespace {
+
+/// The prediction that a model stored with its result: the sums below without the weights.
+std::optional<QVKrigeEstimate> FindEstimate(const QVKrigeResultBase& result) {
+  // A derived class may have other getters.
+  if (typeid(result) != typeid(QVKrigeResultImpl)) return std::nullopt;
+  return static_cast<const QVKrigeResultImpl&>(result).GetEstimate();
+}
+
+double SumResponses(const QVKrigeResultBase& result) {
   double sum = 0.0;
   for (unsigned int i = 0; i < result.GetNumElements(); ++i)
     sum += result.GetWeight(i) * result.GetResponse(i);
-  const double response = result.GetBaselineResponse() + sum;
+  return result.GetBaselineResponse() + sum;
+}
+
+}  // namespace
+
+double QVCalculateResponse(const QVKrigeResultBase& result, double errorValue) {
+  QV_ASSERT(!std::isnan(errorValue));
+  if (!result.Valid()) return errorValue;
+  const std::optional<QVKrigeEstimate> estimate = FindEstimate(result);
+  const double response = estimate ? estimate->response : SumResponses(result);
   return QV_ASSERT(!std::isnan(response)) ? response : errorValue;
 }
 
@@ -34,6 +52,8 @@ double QVCalculateResponse(const QVKrigeResult& result, double errorValue) {
 
 double QVCalculateVariance(const QVKrigeResultBase& result, double errorValue) {
   if (!result.Valid()) return errorValue;
+  if (const std::optional<QVKrigeEstimate> estimate = FindEstimate(result))
+    return estimate->variance;
   const QVKrigeKernel kernel = result.GetKernel();
   const double sill = kernel.GetSill();
   std::vector<double> covariances(result.GetNumElements());

@@ -23,15 +23,24 @@ double Checked(double value) {
 QVKrigeResultImpl::QVKrigeResultImpl(QVSystem::QVCowPtr<QVKrigeResultPoints> points,
                                      std::shared_ptr<const QVKrigeKernelBase> kernel,
                                      double baseline, std::vector<double> distances,
-                                     std::vector<double> weights)
+                                     std::shared_ptr<const QVKrigeWeights> weights,
+                                     std::size_t query, std::optional<QVKrigeEstimate> estimate)
     : baseline_(baseline),
       kernel_(std::move(kernel)),
       distances_(std::move(distances)),
-      weights_(std::move(weights)),
+      onDemand_(std::move(weights)),
+      query_(query),
+      estimate_(estimate),
       points_(std::move(points)) {}
 
 unsigned int QVKrigeResultImpl::AddElement(double distance, double weight, double response,
                                            bool unmeasured, unsigned int id, bool hasID) {
+  if (onDemand_) {
+    const double* weights = onDemand_->Get(query_);
+    weights_.assign(weights, weights + distances_.size());
+    onDemand_.reset();
+  }
+  estimate_.reset();
   distances_.push_back(Checked(distance));
   weights_.push_back(Checked(weight));
   points_.GetMutable().points.push_back({Checked(response), unmeasured, id, hasID});
@@ -44,9 +53,13 @@ bool QVKrigeResultImpl::PushCopyData(unsigned int index, double response, bool u
   return index < GetNumElements();
 }
 
-void QVKrigeResultImpl::SetBaselineResponse(double response) { baseline_ = Checked(response); }
+void QVKrigeResultImpl::SetBaselineResponse(double response) {
+  estimate_.reset();
+  baseline_ = Checked(response);
+}
 
 void QVKrigeResultImpl::SetKernel(const QVKrigeKernelBase& kernel) {
+  estimate_.reset();
   kernel_.reset(kernel.CreateCopy());
 }
 
@@ -70,7 +83,8 @@ double QVKrigeResultImpl::GetDistance(unsigned int i) const {
 }
 
 double QVKrigeResultImpl::GetWeight(unsigned int i) const {
-  return IsElement(i, "GetWeight") ? Checked(weights_[i]) : kNoValue;
+  if (!IsElement(i, "GetWeight")) return kNoValue;
+  return Checked(onDemand_ ? onDemand_->Get(query_)[i] : weights_[i]);
 }
 
 double QVKrigeResultImpl::GetResponse(unsigned int i) const {

@@ -3,6 +3,7 @@
 #include <Eigen/Cholesky>
 #include <algorithm>
 #include <cmath>
+#include <mutex>
 #include <string>
 #include <utility>
 
@@ -38,39 +39,47 @@ void QVKrigeDistances::Reserve(std::size_t points) {
   if (points > 1) packed_.reserve(points * (points - 1) / 2);
 }
 
-void QVFillLowerCovariances(MatrixXd& matrix, const QVKrigeDistances& distances,
+bool QVKrigeDistances::HaveIdenticalPoints() const {
+  // Counted without a branch, several at a time.
+  std::size_t count = 0;
+  for (const double d : packed_) count += std::abs(d) < kKrigeIdenticalDistance;
+  return count > 0;
+}
+
+bool QVFillLowerCovariances(MatrixXd& matrix, const QVKrigeDistances& distances,
                             const QVKrigeKernelBase& kernel) {
-  // Rows are computed a strip at a time and written by columns: a strip is a cache line.
+  // Rows are computed a strip at a time, as they stand in the packed triangle, and written by
+  // columns: the rows of a strip are a cache line.
   constexpr std::size_t kStrip = 8;
   const std::size_t n = distances.GetNumPoints();
   const auto stride = static_cast<std::size_t>(matrix.outerStride());
   const double zero = 0.0;
   double diagonal = 0.0;
   kernel.GetCovariances(&zero, &diagonal, 1);
-  std::vector<double> rows(kStrip * n);
+  bool complete = !std::isnan(diagonal);
+  std::vector<double> strip(kStrip * n);
   for (std::size_t first = 0; first < n; first += kStrip) {
     const std::size_t count = std::min(kStrip, n - first);
-    for (std::size_t r = 0; r < count; ++r) {
-      const std::size_t g = first + r;
-      double* row = rows.data() + r * n;
-      if (g > 0) kernel.GetCovariances(distances.GetRow(g), row, g);
-      row[g] = diagonal;
-    }
+    const double* rows[kStrip];
+    std::size_t size = 0;
+    for (std::size_t r = 0; r < count; size += first + r++) rows[r] = strip.data() + size;
+    if (size > 0) kernel.GetCovariances(distances.GetRow(first), strip.data(), size);
+    std::size_t missing = 0;
+    for (std::size_t i = 0; i < size; ++i) missing += std::isnan(strip[i]);
+    complete = complete && missing == 0;
+
     double* to = matrix.data() + first;
     const std::size_t whole = count == kStrip ? first : 0;
     for (std::size_t column = 0; column < whole; ++column)
-      for (std::size_t r = 0; r < kStrip; ++r) to[column * stride + r] = rows[r * n + column];
-    for (std::size_t column = whole; column < first + count; ++column)
-      for (std::size_t r = column < first ? 0 : column - first; r < count; ++r)
-        to[column * stride + r] = rows[r * n + column];
+      for (std::size_t r = 0; r < kStrip; ++r) to[column * stride + r] = rows[r][column];
+    for (std::size_t r = 0; r < count; ++r) {
+      for (std::size_t column = whole; column < first + r; ++column)
+        to[column * stride + r] = rows[r][column];
+      to[(first + r) * stride + r] = diagonal;
+    }
   }
-}
-
-bool QVHasCompleteCovariances(const MatrixXd& matrix, std::size_t points) {
-  for (Index column = 0; column < static_cast<Index>(points); ++column)
-    if (matrix.col(column).segment(column, static_cast<Index>(points) - column).hasNaN())
-      return QVSystem::QVReportFailedAssertion("a covariance is not a number", __LINE__, __FILE__);
-  return true;
+  return complete ||
+         QVSystem::QVReportFailedAssertion("a covariance is not a number", __LINE__, __FILE__);
 }
 
 namespace {
@@ -122,46 +131,30 @@ class CholeskySystem : public QVKrigeSystem {
   }
 
  protected:
-  void SolveWeights(const MatrixXd& borderRows, MatrixXd& c) const override {
-    constexpr auto kTogether = static_cast<Index>(QVMath::kDenseFewRightSides);
-    for (Index first = 0; first < c.cols(); first += kTogether) {
-      auto block = c.middleCols(first, std::min(kTogether, c.cols() - first));
-      SolveForward(block);
-      for (Index q = 0; q < block.cols() && half_.cols() > 0; ++q) {
-        double* z = block.col(q).data();
-        const VectorXd lambda = schur_.solve(ProjectOnBorder(z) - borderRows.col(first + q));
-        kernels_.multiplyVector(Count(block.rows()), Count(half_.cols()), -1.0, half_.data(),
-                                Count(half_.rows()), lambda.data(), z);
-      }
-      SolveBackward(block);
-    }
-  }
-
   Eigen::Matrix2Xd SolveMoments(const MatrixXd& borderRows, MatrixXd& c) const override {
-    const Index queries = c.cols();
-    Eigen::Matrix2Xd moments(2, queries);
-    for (Index q = 0; q < queries; ++q) moments(0, q) = Dot(alpha_.data(), c.col(q).data());
-    // A few right sides are solved by other arithmetic than many. With some columns of zeros a
-    // single query gets the bits that it has in a block.
-    c.conservativeResize(Eigen::NoChange, std::max(queries, kManyRightSides));
-    c.rightCols(c.cols() - queries).setZero();
+    Eigen::Matrix2Xd moments(2, borderRows.cols());
+    for (Index q = 0; q < moments.cols(); ++q) moments(0, q) = Dot(alpha_.data(), c.col(q).data());
     SolveForward(c);
-    for (Index q = 0; q < queries; ++q) {
-      const double* z = c.col(q).data();
+    for (Index q = 0; q < moments.cols(); ++q) {
+      double* z = c.col(q).data();
       moments(1, q) = Dot(z, z);
       if (half_.cols() == 0) continue;
       const VectorXd projection = ProjectOnBorder(z);
+      const VectorXd lambda = schur_.solve(projection - borderRows.col(q));
       moments(0, q) += beta_.dot(borderRows.col(q));
-      moments(1, q) -= projection.dot(schur_.solve(projection - borderRows.col(q)));
+      moments(1, q) -= projection.dot(lambda);
+      kernels_.multiplyVector(Count(half_.rows()), Count(half_.cols()), -1.0, half_.data(),
+                              Count(half_.rows()), lambda.data(), z);
     }
     return moments;
   }
+
+  void FinishWeights(MatrixXd& c) const override { SolveBackward(c); }
 
  private:
   /// Pivots of the Schur complement, scaled to a unit diagonal, below this leave the small system
   /// with fewer than half of its digits.
   static constexpr double kSafePivot = 1e-8;
-  static constexpr Index kManyRightSides = QVMath::kDenseFewRightSides + 1;
 
   double Dot(const double* x, const double* y) const {
     return kernels_.dot(Count(factor_.rows()), x, y);
@@ -210,36 +203,33 @@ class BorderedSystem : public QVKrigeSystem {
   }
 
  protected:
-  void SolveWeights(const MatrixXd& borderRows, MatrixXd& c) const override {
-    VectorXd right(c.rows() + borderRows.rows());
-    for (Index q = 0; q < c.cols(); ++q) {
-      right << c.col(q), borderRows.col(q);
-      c.col(q) = factor_.solve(right).head(c.rows());
-    }
-  }
-
+  /// Comes by the moments from the weights.
   Eigen::Matrix2Xd SolveMoments(const MatrixXd& borderRows, MatrixXd& c) const override {
-    MatrixXd weights = c;
-    SolveWeights(borderRows, weights);
-    Eigen::Matrix2Xd moments(2, c.cols());
-    for (Index q = 0; q < c.cols(); ++q) {
-      const VectorXd w = weights.col(q);
-      moments(0, q) = w.dot(GetResponses());
-      moments(1, q) = w.dot(VectorXd(c.col(q)));
+    Eigen::Matrix2Xd moments(2, borderRows.cols());
+    VectorXd right(c.rows() + borderRows.rows());
+    for (Index q = 0; q < moments.cols(); ++q) {
+      right << c.col(q), borderRows.col(q);
+      const VectorXd weights = factor_.solve(right).head(c.rows());
+      moments.col(q) << weights.dot(GetResponses()), weights.dot(c.col(q));
+      c.col(q) = weights;
     }
     return moments;
   }
+
+  void FinishWeights(MatrixXd&) const override {}
 
  private:
   Eigen::LDLT<MatrixXd> factor_;
 };
 
-/// n x m covariances of m queries, column by column: the bits of one do not depend on the others.
-MatrixXd GetCovariances(const MatrixXd& distances, const QVKrigeKernelBase& kernel) {
-  MatrixXd covariances(distances.rows(), distances.cols());
+/// The covariances of m queries, column by column, as the bits of one do not depend on the others;
+/// then zeros up to `columns` of them.
+MatrixXd GetCovariances(const MatrixXd& distances, const QVKrigeKernelBase& kernel, Index columns) {
+  MatrixXd covariances(distances.rows(), columns);
   for (Index q = 0; q < distances.cols(); ++q)
     kernel.GetCovariances(distances.col(q).data(), covariances.col(q).data(),
                           Count(distances.rows()));
+  covariances.rightCols(columns - distances.cols()).setZero();
   return covariances;
 }
 
@@ -259,15 +249,9 @@ std::shared_ptr<const QVKrigeSystem> QVKrigeSystem::Create(QVKrigePoints points,
                                                            const QVKrigeKernelBase& kernel) {
   const Index n = points.responses.size();
   MatrixXd covariances(n, n);
-  QVFillLowerCovariances(covariances, *points.distances, kernel);
+  if (!QVFillLowerCovariances(covariances, *points.distances, kernel)) return nullptr;
   auto cholesky = std::make_shared<CholeskySystem>();
-  if (!cholesky->Factorise(std::move(covariances))) {
-    // Covariances that are not numbers never factorise: a fault of the kernel, not of the points.
-    covariances = MatrixXd(n, n);
-    QVFillLowerCovariances(covariances, *points.distances, kernel);
-    QVHasCompleteCovariances(covariances, Count(n));
-    return nullptr;
-  }
+  if (!cholesky->Factorise(std::move(covariances))) return nullptr;
 
   double baseline = 0.0;
   if (mean == QVKrigeMean::Known) {
@@ -315,27 +299,77 @@ bool QVKrigeSystem::IsValidVariance(double variance) const {
   return 0.999999 * nugget_ <= variance && variance <= 1.000001 * sill_;
 }
 
+std::optional<QVKrigeEstimate> QVKrigeSystem::Judge(const double* distances, Index identical,
+                                                    const Eigen::Vector2d& moments) const {
+  if (!QV_ASSERT(!VectorXd::Map(distances, responses_.size()).hasNaN())) return std::nullopt;
+  if (identical >= 0) {
+    // At a point the exact solution is known, and rounding must not refuse it.
+    double covariance = 0.0;
+    kernel_->GetCovariances(distances + identical, &covariance, 1);
+    return QVKrigeEstimate{baseline_ + responses_[identical], ComputeVariance(covariance)};
+  }
+  const QVKrigeEstimate estimate{baseline_ + moments[0], ComputeVariance(moments[1])};
+  if (numProperties_ > 0 && std::isnan(estimate.variance))
+    QVSystem::QVThrow.Warning("Universal kriging failed, NaN weights");
+  else if (IsValidVariance(estimate.variance))
+    return estimate;
+  return std::nullopt;
+}
+
+/// The weights of queries that were solved together, shared by their results.
+class QVKrigeSystem::WeightsOnDemand : public QVKrigeWeights {
+ public:
+  /// \param columns what SolveMoments left.
+  /// \param identical the point that each query coincides with, or -1.
+  WeightsOnDemand(std::shared_ptr<const QVKrigeSystem> system, MatrixXd columns,
+                  std::vector<Index> identical)
+      : system_(std::move(system)),
+        columns_(std::move(columns)),
+        identical_(std::move(identical)) {}
+
+  const double* Get(std::size_t query) const override {
+    std::call_once(solved_, [this] {
+      system_->FinishWeights(columns_);
+      for (std::size_t q = 0; q < identical_.size(); ++q)
+        if (identical_[q] >= 0)
+          columns_.col(static_cast<Index>(q)) = VectorXd::Unit(columns_.rows(), identical_[q]);
+      system_.reset();
+    });
+    return columns_.col(static_cast<Index>(query)).data();
+  }
+
+ private:
+  mutable std::once_flag solved_;
+  mutable std::shared_ptr<const QVKrigeSystem> system_;
+  mutable MatrixXd columns_;
+  const std::vector<Index> identical_;
+};
+
 std::vector<QVKrigeResult> QVKrigeSystem::GetResults(const MatrixXd& distances,
                                                      const MatrixXd& properties) const {
-  const MatrixXd covariances = GetCovariances(distances, *kernel_);
-  MatrixXd weights = covariances;
-  SolveWeights(MakeBorderRows(properties), weights);
+  constexpr auto kTogether = static_cast<Index>(QVMath::kDenseFewRightSides);
+  const MatrixXd borderRows = MakeBorderRows(properties);
   std::vector<QVKrigeResult> results(Count(distances.cols()));
-  for (Index q = 0; q < distances.cols(); ++q) {
-    const auto d = distances.col(q);
-    if (!QV_ASSERT(!d.hasNaN())) continue;
-    // At a point the exact solution is known, and rounding must not refuse it.
-    const Index identical = FindIdenticalPoint(d.data(), d.size());
-    VectorXd w = weights.col(q);
-    if (identical >= 0) w = VectorXd::Unit(w.size(), identical);
-    if (numProperties_ > 0 && w.hasNaN()) {
-      QVSystem::QVThrow.Warning("Universal kriging failed, NaN weights");
-      continue;
+  for (Index first = 0; first < distances.cols(); first += kTogether) {
+    const Index count = std::min(kTogether, distances.cols() - first);
+    MatrixXd columns = GetCovariances(distances.middleCols(first, count), *kernel_, count);
+    const Eigen::RowVectorXd least = columns.colwise().minCoeff();
+    const Eigen::Matrix2Xd moments = SolveMoments(borderRows.middleCols(first, count), columns);
+    std::vector<Index> identical;
+    for (Index k = 0; k < count; ++k)
+      identical.push_back(FindIdenticalPoint(distances.col(first + k).data(), distances.rows()));
+    const auto weights =
+        std::make_shared<const WeightsOnDemand>(shared_from_this(), std::move(columns), identical);
+    for (Index k = 0; k < count; ++k) {
+      const double* d = distances.col(first + k).data();
+      std::optional<QVKrigeEstimate> estimate = Judge(d, identical[Count(k)], moments.col(k));
+      if (!estimate) continue;
+      // Covariances and variances below 0 are for whoever asks for the variance to report.
+      if (!(least[k] >= 0.0) || estimate->variance < 0.0) estimate.reset();
+      results[Count(first + k)] = QVKrigeResult(std::make_unique<QVKrigeResultImpl>(
+          points_, kernel_, baseline_, std::vector<double>(d, d + distances.rows()), weights,
+          Count(k), estimate));
     }
-    if (identical < 0 && !IsValidVariance(ComputeVariance(w.dot(covariances.col(q))))) continue;
-    results[Count(q)] = QVKrigeResult(std::make_unique<QVKrigeResultImpl>(
-        points_, kernel_, baseline_, std::vector<double>(d.data(), d.data() + d.size()),
-        std::vector<double>(w.data(), w.data() + w.size())));
   }
   return results;
 }
@@ -343,25 +377,17 @@ std::vector<QVKrigeResult> QVKrigeSystem::GetResults(const MatrixXd& distances,
 std::vector<QVKrigeEstimate> QVKrigeSystem::GetEstimates(const MatrixXd& distances,
                                                          const MatrixXd& properties,
                                                          double errorValue) const {
-  MatrixXd covariances = GetCovariances(distances, *kernel_);
-  const Eigen::Matrix2Xd moments = SolveMoments(MakeBorderRows(properties), covariances);
-  std::vector<QVKrigeEstimate> estimates(Count(distances.cols()), {errorValue, errorValue});
+  // A few right sides are solved by other arithmetic than many. With some columns of zeros a
+  // single query gets the bits that it has in a block.
+  constexpr auto kMany = static_cast<Index>(QVMath::kDenseFewRightSides) + 1;
+  MatrixXd columns = GetCovariances(distances, *kernel_, std::max(distances.cols(), kMany));
+  const Eigen::Matrix2Xd moments = SolveMoments(MakeBorderRows(properties), columns);
+  std::vector<QVKrigeEstimate> estimates;
+  estimates.reserve(Count(distances.cols()));
   for (Index q = 0; q < distances.cols(); ++q) {
-    const auto d = distances.col(q);
-    if (!QV_ASSERT(!d.hasNaN())) continue;
-    QVKrigeEstimate& estimate = estimates[Count(q)];
-    const Index identical = FindIdenticalPoint(d.data(), d.size());
-    if (identical >= 0) {
-      double covariance = 0.0;
-      kernel_->GetCovariances(d.data() + identical, &covariance, 1);
-      estimate = {baseline_ + responses_[identical], ComputeVariance(covariance)};
-      continue;
-    }
-    const double variance = ComputeVariance(moments(1, q));
-    if (numProperties_ > 0 && std::isnan(variance))
-      QVSystem::QVThrow.Warning("Universal kriging failed, NaN weights");
-    else if (IsValidVariance(variance))
-      estimate = {baseline_ + moments(0, q), variance};
+    const double* d = distances.col(q).data();
+    estimates.push_back(Judge(d, FindIdenticalPoint(d, distances.rows()), moments.col(q))
+                            .value_or(QVKrigeEstimate{errorValue, errorValue}));
   }
   return estimates;
 }

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <Eigen/LU>
+#include <cmath>
 #include <limits>
 #include <memory>
 #include <numeric>
@@ -99,6 +100,32 @@ TEST_P(EveryKind, BlocksGiveTheBitsOfSingleQueries) {
       EXPECT_EQ(results[q].GetWeight(i), single.GetWeight(i));
   }
   EXPECT_EQ(results[20].Valid(), GetParam() != Kind::Universal);
+}
+
+// The weights are solved for when the model has gone. What they sum to was known before.
+TEST_P(EveryKind, ResultsOutliveTheirModel) {
+  const std::vector<Sample> samples = MakeSamples(60, 31);
+  const std::vector<Sample> queries = MakeSamples(7, 32);
+  std::vector<const Point*> points;
+  for (const Sample& query : queries) points.push_back(&query.point);
+  std::vector<QVKrigeResult> results;
+  {
+    Model model = MakeModel(GetParam(), samples);
+    ASSERT_TRUE(model.TrainFixed(kKernel));
+    results = model.GetKrigeResults(points);
+  }
+  for (const QVKrigeResult& result : results) {
+    ASSERT_TRUE(result.Valid());
+    const double response = QVCalculateResponse(result, kMax);
+    const double variance = QVCalculateVariance(result, kMax);
+    QVKrigeResultImpl changed(static_cast<const QVKrigeResultImpl&>(result.GetBase()));
+    changed.AddElement(0.5, 0.25, 8.0, false, 0, true);
+    const double covariance = kKernel.GetSill() - kKernel.GetValue(0.5);
+    EXPECT_EQ(changed.GetWeight(3), result.GetWeight(3));
+    EXPECT_THAT(QVCalculateResponse(changed, kMax), IsCloseTo(response + 2.0, 1e-12));
+    EXPECT_NEAR(QVCalculateVariance(changed, kMax), variance - 0.25 * covariance, 1e-12);
+    EXPECT_EQ(QVCalculateResponse(result, kMax), response);
+  }
 }
 
 TEST_P(EveryKind, IsExactAtTrainingPoints) {
@@ -315,6 +342,22 @@ TEST(StandardKriging, CovariancesThatAreNoNumbersAreFatal) {
   const QVKrigeKernel kernel = MakeKernel(QVKrigeKernelType::Linear, 0.0, 1.0, 0.1);
   EXPECT_THAT(Texts(QVErrorLevel::Fatal, [&] { EXPECT_FALSE(model.TrainFixed(kernel)); }),
               SizeIs(1));
+}
+
+// A wave, whose covariance falls below 0.
+class WaveKernel : public QVKrigeKernelImpl {
+ public:
+  std::string GetName() const override { return "Wave"; }
+  double GetValue(double h) const override { return GetSill() * (1.0 - std::cos(3.0 * h)); }
+  WaveKernel* CreateCopy() const override { return new WaveKernel(*this); }
+};
+
+TEST(StandardKriging, TheVarianceOfANegativeCovarianceIsFatal) {
+  Model model = MakeModel(Kind::Simple, {{{0.0, 0.0}, 1.0}});
+  ASSERT_TRUE(model.TrainFixed(WaveKernel()));
+  const QVKrigeResult result = model.GetKrigeResult({1.0, 0.0});
+  ASSERT_TRUE(result.Valid());
+  EXPECT_THAT(Texts(QVErrorLevel::Fatal, [&] { QVCalculateVariance(result, kMax); }), SizeIs(1));
 }
 
 TEST(StandardKriging, ConstQuestionsLeaveAnUntrainedModelAlone) {

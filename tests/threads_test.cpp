@@ -91,12 +91,20 @@ TEST(Threads, EngineModel) {
       Model model = MakeModel(kind, MakeSamples(60, 1), options);
       ASSERT_TRUE(model.Train());
       const Model& trained = model;
+      std::vector<const Point*> points;
+      for (const Sample& query : queries) points.push_back(&query.point);
+      const std::vector<QVKrigeResult> shared = trained.GetKrigeResults(points);
+      const auto getWeight = [](const QVKrigeResult& result, std::size_t i) {
+        return result.Valid() ? result.GetWeight(static_cast<unsigned int>(i % 12)) : 0.0;
+      };
       ExpectSameFromEveryThread(queries.size(), [&](std::size_t i) -> Answer {
         const Point& query = queries[i].point;
         const Model copy = trained;
         const QVKrigeResult result = copy.GetKrigeResult(query);
-        return {trained.Predict(query), trained.GetVariance(query),
-                result.Valid() ? result.GetWeight(static_cast<unsigned int>(i % 12)) : 0.0,
+        return {trained.Predict(query),
+                trained.GetVariance(query),
+                getWeight(result, i),
+                getWeight(shared[i], i),
                 trained.GetKernel().GetRange(),
                 static_cast<double>(trained.GetVariogram().GetNumBins())};
       });

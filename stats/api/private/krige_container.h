@@ -276,8 +276,8 @@ class QVKrigeTrainingContainer {
       bulk_.reset(source->CreateBulkDistance());
   }
 
-  /// A container for elements whose distances are given (AddElementWithDistances), with functions
-  /// that it shares.
+  /// A container for elements whose distances are given (SetElements), with functions that it
+  /// shares.
   QVKrigeTrainingContainer(
       std::shared_ptr<const DistanceFxn> distance,
       std::shared_ptr<const QVGetUniqueTrainingDataResponseFxn<T, TT>> response,
@@ -316,13 +316,9 @@ class QVKrigeTrainingContainer {
     return EvaluateProperties(*properties_, data) && AddElement(data);
   }
 
-  /// Adds an element whose distances to all earlier elements (not groups) are known.
-  bool AddElementWithDistances(const Data& data, const double* toElements) {
-    if (!IsComplete(data)) return false;
-    std::vector<double> row(groups_.size());
-    for (std::size_t g = 0; g < groups_.size(); ++g) row[g] = toElements[groups_[g].front()];
-    return Insert(data, row);
-  }
+  /// Fills an empty container with elements of another, the distances between them (not between
+  /// groups) known.
+  void SetElements(std::vector<Data> elements, QVKrigeDistances distances);
 
   static bool EvaluateProperties(const QVPropertyListFxn<T>& list, Data& data) {
     const std::size_t count = list.GetSize();
@@ -332,13 +328,6 @@ class QVKrigeTrainingContainer {
     data.properties.resize(count);
     for (std::size_t k = 0; k < count; ++k) data.properties[k] = list.GetProperty(element, k);
     return true;
-  }
-
-  void Reserve(std::size_t elements) {
-    elements_.reserve(elements);
-    groups_.reserve(elements);
-    groupOfElement_.reserve(elements);
-    distances_.Reserve(elements);
   }
 
   /// Drops all elements.
@@ -448,6 +437,28 @@ bool QVKrigeTrainingContainer<T, TT>::Insert(const Data& data, const std::vector
   groupOfElement_.push_back(group);
   elements_.push_back(data);
   return true;
+}
+
+template <class T, class TT>
+void QVKrigeTrainingContainer<T, TT>::SetElements(std::vector<Data> elements,
+                                                  QVKrigeDistances distances) {
+  if (distances.HaveIdenticalPoints()) {
+    std::vector<double> row;
+    for (std::size_t i = 0; i < elements.size(); ++i) {
+      row.clear();
+      for (const auto& group : groups_) row.push_back(distances.GetRow(i)[group.front()]);
+      Insert(elements[i], row);
+    }
+    return;
+  }
+  // Every element is a point, and the table serves as it stands.
+  groups_.reserve(elements.size());
+  for (unsigned int i = 0; i < elements.size(); ++i) {
+    groups_.emplace_back(1, i);
+    groupOfElement_.push_back(i);
+  }
+  elements_ = std::move(elements);
+  distances_ = std::move(distances);
 }
 
 template <class T, class TT>

@@ -39,7 +39,6 @@ bool QVFillCovarianceMatrix(Eigen::MatrixXd& matrix,
     return false;
   }
   QVFillLowerCovariances(matrix, container.GetUniqueDistances(), kernel);
-  QVHasCompleteCovariances(matrix, container.GetNumUniqueElements());
   for (Eigen::Index g = 0; g < n; ++g)
     for (Eigen::Index h = 0; h < g; ++h) matrix(h, g) = matrix(g, h);
   return true;

@@ -316,19 +316,19 @@ QVKrigeDistances QVLocalKrigeImpl<T, TT>::GetNeighbourDistances(
 template <class T, class TT>
 typename QVLocalKrigeImpl<T, TT>::Neighbourhood QVLocalKrigeImpl<T, TT>::CreateNeighbourhood(
     const std::vector<QVKrigeCandidate>& nearest) const {
-  const QVKrigeDistances between = GetNeighbourDistances(nearest);
   Neighbourhood result{Neighbours(distance_, response_, properties_), {}};
-  result.container.Reserve(nearest.size());
-  result.distances.reserve(nearest.size());
-  for (std::size_t a = 0; a < nearest.size(); ++a) {
-    const Data& data = training_->elements[nearest[a].index];
-    result.container.AddElementWithDistances(
-        {Neighbour(data.GetElement()), data.response, data.unmeasured, data.id, data.hasID,
-         data.properties},
-        between.GetRow(a));
-    if (result.container.GetNumUniqueElements() > result.distances.size())
-      result.distances.push_back(nearest[a].distance);
+  std::vector<typename Neighbours::Data> elements;
+  elements.reserve(nearest.size());
+  for (const QVKrigeCandidate& candidate : nearest) {
+    const Data& data = training_->elements[candidate.index];
+    elements.push_back({Neighbour(data.GetElement()), data.response, data.unmeasured, data.id,
+                        data.hasID, data.properties});
   }
+  result.container.SetElements(std::move(elements), GetNeighbourDistances(nearest));
+  const unsigned int groups = result.container.GetNumUniqueElements();
+  result.distances.reserve(groups);
+  for (unsigned int g = 0; g < groups; ++g)
+    result.distances.push_back(nearest[result.container.GetUniqueElements(g).front()].distance);
   return result;
 }
 

@@ -3,8 +3,10 @@
 #ifndef QVSTATS_API_PRIVATE_KRIGE_RESULT_IMPL_H
 #define QVSTATS_API_PRIVATE_KRIGE_RESULT_IMPL_H
 
+#include <cstddef>
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "platform/system/cow_ptr.h"
@@ -27,16 +29,27 @@ struct QVKrigeResultPoints {
   std::map<unsigned int, std::vector<QVKrigeResultCopyData>> copies;
 };
 
+/// The weights of queries that were asked together, solved for when one is first read.
+class QVKrigeWeights {
+ public:
+  virtual ~QVKrigeWeights() = default;
+  /// One value a point. Safe from many threads.
+  virtual const double* Get(std::size_t query) const = 0;
+};
+
 /// Distances and weights are the result's own; points and kernel are shared with the model and all
 /// its results until one of them is changed.
 class QVSTATS_EXPORT QVKrigeResultImpl : public QVKrigeResultBase {
  public:
   /// An empty, invalid result.
   QVKrigeResultImpl() = default;
-  /// \param distances, weights one value a point.
+  /// The result of `query` among those of `weights`.
+  /// \param distances one value a point.
+  /// \param estimate what the weights predict, if it is known without them.
   QVKrigeResultImpl(QVSystem::QVCowPtr<QVKrigeResultPoints> points,
                     std::shared_ptr<const QVKrigeKernelBase> kernel, double baseline,
-                    std::vector<double> distances, std::vector<double> weights);
+                    std::vector<double> distances, std::shared_ptr<const QVKrigeWeights> weights,
+                    std::size_t query, std::optional<QVKrigeEstimate> estimate);
 
   /// Appends a point. A NaN distance, weight or response is a fatal report.
   /// \return the index of the new point.
@@ -51,6 +64,8 @@ class QVSTATS_EXPORT QVKrigeResultImpl : public QVKrigeResultBase {
   /// Stores a copy.
   void SetKernel(const QVKrigeKernelBase& kernel);
   void Clear();
+  /// The response and variance of these weights, if they are known.
+  const std::optional<QVKrigeEstimate>& GetEstimate() const { return estimate_; }
 
   bool Valid() const override;
   unsigned int GetNumElements() const override;
@@ -79,6 +94,10 @@ class QVSTATS_EXPORT QVKrigeResultImpl : public QVKrigeResultBase {
   std::shared_ptr<const QVKrigeKernelBase> kernel_;
   std::vector<double> distances_;
   std::vector<double> weights_;
+  /// Where the weights are in place of weights_, unless null.
+  std::shared_ptr<const QVKrigeWeights> onDemand_;
+  std::size_t query_ = 0;
+  std::optional<QVKrigeEstimate> estimate_;
   QVSystem::QVCowPtr<QVKrigeResultPoints> points_;
 };
 

@@ -315,7 +315,10 @@ QVKrigeResult QVStandardKrigeImpl<T, TT>::GetResultAtDistances(
     properties(k, 0) = list.GetProperty(element, static_cast<std::size_t>(k));
   const Eigen::Map<const Eigen::VectorXd> column(distances.data(),
                                                  static_cast<Eigen::Index>(distances.size()));
-  return system_->GetResults(column, properties)[0];
+  QVKrigeResult result = system_->GetResults(column, properties)[0];
+  // Solves for the weights, lest the result keep the system of its neighbourhood.
+  if (result.Valid()) result.GetWeight(0);
+  return result;
 }
 
 template <class T, class TT>

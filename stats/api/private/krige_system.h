@@ -22,6 +22,7 @@
 #include <Eigen/Core>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "platform/system/cow_ptr.h"
@@ -48,6 +49,8 @@ class QVSTATS_EXPORT QVKrigeDistances {
   /// Appends a point, GetNumPoints() distances away from the others.
   /// \return false, after an error, when the memory is too small.
   bool AddPoint(const double* distances);
+  /// \return whether two different points are one (kKrigeIdenticalDistance).
+  bool HaveIdenticalPoints() const;
   void Reserve(std::size_t points);
 
  private:
@@ -72,7 +75,7 @@ enum class QVKrigeMean {
 };
 
 /// A factorised system. Immutable: models, their copies and their results share it.
-class QVSTATS_EXPORT QVKrigeSystem {
+class QVSTATS_EXPORT QVKrigeSystem : public std::enable_shared_from_this<QVKrigeSystem> {
  public:
   virtual ~QVKrigeSystem();
 
@@ -86,12 +89,14 @@ class QVSTATS_EXPORT QVKrigeSystem {
   const QVKrigeKernelBase& GetKernel() const { return *kernel_; }
 
   /// Results of m queries, in order; an invalid one where the variance is out of bounds. A block
-  /// of queries and the queries one by one give the same bits.
+  /// of queries and the queries one by one give the same bits. A result solves for its weights when
+  /// one is first read, and keeps the system alive until then.
   /// \param distances n x m, from each query to the points.
   /// \param properties p x m.
   std::vector<QVKrigeResult> GetResults(const Eigen::MatrixXd& distances,
                                         const Eigen::MatrixXd& properties) const;
-  /// The same predictions without weights, at half the cost; they keep their bits in a block too.
+  /// Response and variance of the same queries, many at a time; they keep their bits in a block
+  /// too.
   std::vector<QVKrigeEstimate> GetEstimates(const Eigen::MatrixXd& distances,
                                             const Eigen::MatrixXd& properties,
                                             double errorValue) const;
@@ -103,15 +108,24 @@ class QVSTATS_EXPORT QVKrigeSystem {
   double ComputeVariance(double explained) const;
   bool IsValidVariance(double variance) const;
 
-  /// The covariances of each query become its weights. The numbers need not be finite.
-  virtual void SolveWeights(const Eigen::MatrixXd& borderRows, Eigen::MatrixXd& c) const = 0;
-  /// y'w in the first row and c'w in the second, a column a query; the covariances are overwritten.
+  /// y'w in the first row and c'w in the second, a column a query, from border rows and
+  /// covariances. Further columns of `c` are solved along. The columns are left half way to the
+  /// weights, as z - G lambda. The numbers need not be finite.
   virtual Eigen::Matrix2Xd SolveMoments(const Eigen::MatrixXd& borderRows,
                                         Eigen::MatrixXd& c) const = 0;
+  /// Goes the other half: each column becomes the weights of its query.
+  virtual void FinishWeights(Eigen::MatrixXd& c) const = 0;
 
   const Eigen::VectorXd& GetResponses() const { return responses_; }
 
  private:
+  class WeightsOnDemand;
+
+  /// The prediction from the moments of a query; none when its variance is out of bounds.
+  /// \param identical the point that the query coincides with, or -1.
+  std::optional<QVKrigeEstimate> Judge(const double* distances, Eigen::Index identical,
+                                       const Eigen::Vector2d& moments) const;
+
   QVKrigeMean mean_ = QVKrigeMean::Unknown;
   Eigen::Index numProperties_ = 0;
   double baseline_ = 0.0;
@@ -123,11 +137,10 @@ class QVSTATS_EXPORT QVKrigeSystem {
 };
 
 /// The covariances of the points in the lower triangle of the leading block of `matrix`.
-QVSTATS_EXPORT void QVFillLowerCovariances(Eigen::MatrixXd& matrix,
+/// \return whether all are numbers. A NaN is a fatal report.
+QVSTATS_EXPORT bool QVFillLowerCovariances(Eigen::MatrixXd& matrix,
                                            const QVKrigeDistances& distances,
                                            const QVKrigeKernelBase& kernel);
-/// \return whether that triangle holds numbers only. A NaN is a fatal report.
-QVSTATS_EXPORT bool QVHasCompleteCovariances(const Eigen::MatrixXd& matrix, std::size_t points);
 
 }  // namespace QVStats
 

@@ -276,20 +276,9 @@ QVStatModelResult QVLinearSmootherOnSimilarityBase::GetPredictedResponseCols(
 QVSimilarityRegressionResult QVLinearSmootherOnSimilarityBase::GetRegressionResults(
     const std::string& description, const std::string& responseColName,
     const QVDataTable& table) const {
-  static const char* const where = "QVLinearSmootherOnSimilarityBase::GetRegressionResults";
-  using Result = QVSimilarityRegressionResult;
-  if (!ModelIsValid())
-    return Result(QVFailure(Failure::ObjectNotValid, where) << GetResultOfConstructor());
-
-  QVPredictionColumns columns;
-  QVStatModelResult result = GetPredictedResponseCols(columns.predicted, columns.averageWeights,
-                                                      columns.estimatedErrors, table);
-  QVDataTable results("");
-  if (result.IsSuccessful())
-    result = QVTabulatePredictions(results, table, responseColName, columns);
-  if (QVFailedIn(result, where)) return Result(result);
-  return Result(result, GetNameOfLinearSmootherOnSimilarity(), description, results, params_,
-                paramNames_);
+  return QVGetRegressionResults(*this, GetNameOfLinearSmootherOnSimilarity(),
+                                "QVLinearSmootherOnSimilarityBase::GetRegressionResults",
+                                description, responseColName, table);
 }
 
 QVSimilarityRegressionResult QVLinearSmootherOnSimilarityBase::GetTrainingSetResults() const {

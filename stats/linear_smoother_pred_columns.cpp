@@ -296,19 +296,9 @@ QVStatModelResult QVLinearSmootherOnPredColumnsBase::GetPredictedResponseCols(
 QVSimilarityRegressionResult QVLinearSmootherOnPredColumnsBase::GetRegressionResults(
     const std::string& description, const std::string& responseColName,
     const QVDataTable& table) const {
-  static const char* const where = "QVLinearSmootherOnPredColumnsBase::GetRegressionResults";
-  using Result = QVSimilarityRegressionResult;
-  if (!ModelIsValid())
-    return Result(QVFailure(Failure::ObjectNotValid, where) << GetResultOfConstructor());
-  QVPredictionColumns columns;
-  QVStatModelResult result = GetPredictedResponseCols(columns.predicted, columns.averageWeights,
-                                                      columns.estimatedErrors, table);
-  QVDataTable results("");
-  if (result.IsSuccessful())
-    result = QVTabulatePredictions(results, table, responseColName, columns);
-  if (QVFailedIn(result, where)) return Result(result);
-  return Result(result, GetNameOfLinearSmootherOnPredColumns(), description, results, params_,
-                paramNames_);
+  return QVGetRegressionResults(*this, GetNameOfLinearSmootherOnPredColumns(),
+                                "QVLinearSmootherOnPredColumnsBase::GetRegressionResults",
+                                description, responseColName, table);
 }
 
 QVSimilarityRegressionResult QVLinearSmootherOnPredColumnsBase::GetTrainingSetResults() const {

@@ -122,6 +122,29 @@ inline QVStatModelResult QVCheckTestColumn(const QVDataTable& table, const std::
   return QVReplaceColumns(emptied, table, {column});
 }
 
+/// Predictions and residuals of a table's rows by a smoother on similarities, as the record that
+/// `where` hands back.
+template <class Smoother>
+QVSimilarityRegressionResult QVGetRegressionResults(const Smoother& smoother,
+                                                    const std::string& name, const char* where,
+                                                    const std::string& description,
+                                                    const std::string& responseColName,
+                                                    const QVDataTable& table) {
+  using Result = QVSimilarityRegressionResult;
+  if (!smoother.ModelIsValid())
+    return Result(QVFailure(QVStatModelFailureType::ObjectNotValid, where)
+                  << smoother.GetResultOfConstructor());
+  QVPredictionColumns columns;
+  QVStatModelResult result = smoother.GetPredictedResponseCols(
+      columns.predicted, columns.averageWeights, columns.estimatedErrors, table);
+  QVDataTable results("");
+  if (result.IsSuccessful())
+    result = QVTabulatePredictions(results, table, responseColName, columns);
+  if (QVFailedIn(result, where)) return Result(result);
+  return Result(result, name, description, results, smoother.GetModelParams(),
+                smoother.GetModelParamNames());
+}
+
 }  // namespace QVStats
 
 #endif  // QVSTATS_LINEAR_SMOOTHER_TABLES_H

@@ -14,11 +14,11 @@
 #include <string>
 #include <vector>
 
-#include "platform/system/copy_ptr.h"
 #include "stats/api/export.h"
 #include "stats/api/linear_smoother_impl.h"
 #include "stats/api/linear_smoother_variogram.h"
 #include "stats/api/linear_smoother_variogram_columns.h"
+#include "stats/api/private/smoother_handle.h"
 
 namespace QVStats {
 
@@ -34,13 +34,15 @@ QVSTATS_EXPORT unsigned int QVGetLinearSmootherOnSimilarityType(const std::strin
 
 /// A smoother on similarity as a value; its operations are those of
 /// QVLinearSmootherOnSimilarityBase.
-class QVSTATS_EXPORT QVLinearSmootherOnSimilarity {
+class QVSTATS_EXPORT QVLinearSmootherOnSimilarity
+    : public QVSimilaritySmootherHandle<QVLinearSmootherOnSimilarityBase, QVDataTableCol,
+                                        Eigen::MatrixXd> {
  public:
   QVLinearSmootherOnSimilarity(unsigned int smootherType, unsigned int kernelType,
                                const std::string& responseColName,
                                const std::string& similarityColName, const QVDataTable& table)
-      : smoother_(QVGetLinearSmootherOnSimilarity(smootherType, kernelType, responseColName,
-                                                  similarityColName, table)) {}
+      : QVSimilaritySmootherHandle(QVGetLinearSmootherOnSimilarity(
+            smootherType, kernelType, responseColName, similarityColName, table)) {}
 
   std::string GetNameOfLinearSmootherOnSimilarity() const {
     return smoother_->GetNameOfLinearSmootherOnSimilarity();
@@ -48,40 +50,8 @@ class QVSTATS_EXPORT QVLinearSmootherOnSimilarity {
   unsigned int GetTypeOfLinearSmootherOnSimilarity() const {
     return smoother_->GetTypeOfLinearSmootherOnSimilarity();
   }
-  std::size_t GetNumModelParams() const { return smoother_->GetNumModelParams(); }
-  QVStatModelResult SetModelParams(const std::vector<double>& params) {
-    return smoother_->SetModelParams(params);
-  }
-  const std::vector<double>& GetModelParams() const { return smoother_->GetModelParams(); }
-  const std::vector<std::string>& GetModelParamNames() const {
-    return smoother_->GetModelParamNames();
-  }
-  bool ModelIsValid() const { return smoother_->ModelIsValid(); }
-  std::string GetResultOfConstructor() const { return smoother_->GetResultOfConstructor(); }
-  QVSimilarityRegressionResult GetTrainingSetResults() const {
-    return smoother_->GetTrainingSetResults();
-  }
-  QVSimilarityRegressionResult GetTestSetResults(const std::string& responseColName,
-                                                 const QVDataTable& testTable) const {
-    return smoother_->GetTestSetResults(responseColName, testTable);
-  }
-  QVStatModelResult GetPredictedResponse(double& predicted, double& averageWeight,
-                                         double& estimatedError,
-                                         const QVDataTableCol& similarities) const {
-    return smoother_->GetPredictedResponse(predicted, averageWeight, estimatedError, similarities);
-  }
-  QVStatModelResult GetPredictedResponses(QVSimilarityPredictions& predictions,
-                                          const Eigen::MatrixXd& similarities) const {
-    return smoother_->GetPredictedResponses(predictions, similarities);
-  }
-  QVStatModelResult GetLeaveOneOutPredictions(QVSimilarityPredictions& predictions) const {
-    return smoother_->GetLeaveOneOutPredictions(predictions);
-  }
   /// The model itself, for what one model alone offers.
   const QVLinearSmootherOnSimilarityBase* GetImpl() const { return smoother_.get(); }
-
- private:
-  QVSystem::QVCopyPtr<QVLinearSmootherOnSimilarityBase> smoother_;
 };
 
 }  // namespace QVStats

@@ -21,11 +21,11 @@
 #include <string>
 #include <vector>
 
-#include "platform/system/copy_ptr.h"
 #include "stats/api/data_table.h"
 #include "stats/api/export.h"
 #include "stats/api/linear_smoother_impl.h"
 #include "stats/api/linear_smoother_kernels.h"
+#include "stats/api/private/smoother_handle.h"
 #include "stats/api/regression_result.h"
 #include "stats/api/stat_model.h"
 
@@ -221,15 +221,17 @@ QVSTATS_EXPORT QVLinearSmootherOnPredColumnsBase* QVGetLinearSmootherOnPredColum
 
 /// A smoother on predictor columns as a value; its operations are those of
 /// QVLinearSmootherOnPredColumnsBase.
-class QVSTATS_EXPORT QVLinearSmootherOnPredColumns {
+class QVSTATS_EXPORT QVLinearSmootherOnPredColumns
+    : public QVSimilaritySmootherHandle<QVLinearSmootherOnPredColumnsBase,
+                                        std::vector<QVDataTableCol>, std::vector<Eigen::MatrixXd>> {
  public:
   QVLinearSmootherOnPredColumns(unsigned int smootherType,
                                 const std::vector<unsigned int>& kernelTypes,
                                 const std::string& responseColName,
                                 const std::vector<std::string>& predColNames,
                                 const QVDataTable& table)
-      : smoother_(QVGetLinearSmootherOnPredColumns(smootherType, kernelTypes, responseColName,
-                                                   predColNames, table)) {}
+      : QVSimilaritySmootherHandle(QVGetLinearSmootherOnPredColumns(
+            smootherType, kernelTypes, responseColName, predColNames, table)) {}
 
   std::string GetNameOfLinearSmootherOnPredColumns() const {
     return smoother_->GetNameOfLinearSmootherOnPredColumns();
@@ -237,38 +239,6 @@ class QVSTATS_EXPORT QVLinearSmootherOnPredColumns {
   unsigned int GetTypeOfLinearSmootherOnPredColumns() const {
     return smoother_->GetTypeOfLinearSmootherOnPredColumns();
   }
-  std::size_t GetNumModelParams() const { return smoother_->GetNumModelParams(); }
-  QVStatModelResult SetModelParams(const std::vector<double>& params) {
-    return smoother_->SetModelParams(params);
-  }
-  const std::vector<double>& GetModelParams() const { return smoother_->GetModelParams(); }
-  const std::vector<std::string>& GetModelParamNames() const {
-    return smoother_->GetModelParamNames();
-  }
-  bool ModelIsValid() const { return smoother_->ModelIsValid(); }
-  std::string GetResultOfConstructor() const { return smoother_->GetResultOfConstructor(); }
-  QVSimilarityRegressionResult GetTrainingSetResults() const {
-    return smoother_->GetTrainingSetResults();
-  }
-  QVSimilarityRegressionResult GetTestSetResults(const std::string& responseColName,
-                                                 const QVDataTable& testTable) const {
-    return smoother_->GetTestSetResults(responseColName, testTable);
-  }
-  QVStatModelResult GetPredictedResponse(double& predicted, double& averageWeight,
-                                         double& estimatedError,
-                                         const std::vector<QVDataTableCol>& similarities) const {
-    return smoother_->GetPredictedResponse(predicted, averageWeight, estimatedError, similarities);
-  }
-  QVStatModelResult GetPredictedResponses(QVSimilarityPredictions& predictions,
-                                          const std::vector<Eigen::MatrixXd>& similarities) const {
-    return smoother_->GetPredictedResponses(predictions, similarities);
-  }
-  QVStatModelResult GetLeaveOneOutPredictions(QVSimilarityPredictions& predictions) const {
-    return smoother_->GetLeaveOneOutPredictions(predictions);
-  }
-
- private:
-  QVSystem::QVCopyPtr<QVLinearSmootherOnPredColumnsBase> smoother_;
 };
 
 }  // namespace QVStats

@@ -20,10 +20,10 @@
 #include <string>
 #include <vector>
 
-#include "platform/system/copy_ptr.h"
 #include "stats/api/data_table.h"
 #include "stats/api/export.h"
 #include "stats/api/linear_smoother_kernels.h"
+#include "stats/api/private/smoother_handle.h"
 #include "stats/api/regression_result.h"
 #include "stats/api/stat_model.h"
 
@@ -249,18 +249,18 @@ QVSTATS_EXPORT unsigned int QVGetLinearSmootherTypeFromName(const std::string& n
 QVSTATS_EXPORT std::string QVGetLinearSmootherNameFromType(unsigned int type);
 
 /// A smoother of one predictor as a value; its operations are those of QVUniVarLinearSmootherBase.
-class QVSTATS_EXPORT QVUniVarLinearSmoother {
+class QVSTATS_EXPORT QVUniVarLinearSmoother : public QVSmootherHandle<QVUniVarLinearSmootherBase> {
  public:
   QVUniVarLinearSmoother(unsigned int type, unsigned int kernelType,
                          const std::string& responseColName, const std::string& predictorColName,
                          const QVDataTable& table, std::size_t predictorSubCol)
-      : smoother_(QVGetUniVarLinearSmoother(type, kernelType, responseColName, predictorColName,
-                                            table, predictorSubCol)) {}
+      : QVSmootherHandle(QVGetUniVarLinearSmoother(type, kernelType, responseColName,
+                                                   predictorColName, table, predictorSubCol)) {}
   QVUniVarLinearSmoother(unsigned int type, unsigned int kernelType,
                          const QVDataTableCol& responseCol, const QVDataTableCol& predictorCol,
                          std::size_t predictorSubCol)
-      : smoother_(QVGetUniVarLinearSmoother(type, kernelType, responseCol, predictorCol,
-                                            predictorSubCol)) {}
+      : QVSmootherHandle(QVGetUniVarLinearSmoother(type, kernelType, responseCol, predictorCol,
+                                                   predictorSubCol)) {}
 
   std::string GetNameOfUniVarLinearSmoother() const {
     return smoother_->GetNameOfUniVarLinearSmoother();
@@ -268,16 +268,6 @@ class QVSTATS_EXPORT QVUniVarLinearSmoother {
   unsigned int GetTypeOfUniVarLinearSmoother() const {
     return smoother_->GetTypeOfUniVarLinearSmoother();
   }
-  std::size_t GetNumModelParams() const { return smoother_->GetNumModelParams(); }
-  QVStatModelResult SetModelParams(const std::vector<double>& params) {
-    return smoother_->SetModelParams(params);
-  }
-  const std::vector<double>& GetModelParams() const { return smoother_->GetModelParams(); }
-  const std::vector<std::string>& GetModelParamNames() const {
-    return smoother_->GetModelParamNames();
-  }
-  bool ModelIsValid() const { return smoother_->ModelIsValid(); }
-  std::string GetResultOfConstructor() const { return smoother_->GetResultOfConstructor(); }
   double GetPredictedResponse(double x) const { return smoother_->GetPredictedResponse(x); }
   double GetPredictedResponse(double x, std::size_t excludedRow) const {
     return smoother_->GetPredictedResponse(x, excludedRow);
@@ -311,9 +301,6 @@ class QVSTATS_EXPORT QVUniVarLinearSmoother {
                                                  std::size_t predictorSubCol) const {
     return smoother_->GetTestSetResults(responseCol, predictorCol, predictorSubCol);
   }
-
- private:
-  QVSystem::QVCopyPtr<QVUniVarLinearSmootherBase> smoother_;
 };
 
 }  // namespace QVStats

@@ -55,6 +55,10 @@ class ContainerBulkDistance : public QVBulkDistance<MolContainer> {
   void GetDistances(const MolContainer& query, double* distances) const override {
     bulk_->GetDistances(query.GetMolecule(), distances);
   }
+  bool FindNearest(const MolContainer& query, std::size_t count, bool leaveOutIdentical,
+                   std::vector<QVNeighbour>& nearest) const override {
+    return bulk_->FindNearest(query.GetMolecule(), count, leaveOutIdentical, nearest);
+  }
   ContainerBulkDistance* CreateCopy() const override { return new ContainerBulkDistance(*this); }
 
  private:

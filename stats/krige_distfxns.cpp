@@ -57,6 +57,16 @@ class VseprBulkDistance : public QVBulkDistance<QVMolBase> {
     }
   }
 
+  bool FindNearest(const QVMolBase& query, std::size_t count, bool leaveOutIdentical,
+                   std::vector<QVNeighbour>& nearest) const override {
+    const QVVseprFingerprint* const fingerprint = QVLikeness::QVFindVsepr(query);
+    if (!fingerprint || !unprepared_.empty()) return false;
+    nearest.clear();
+    for (const auto& found : index_.FindNearest(*fingerprint, count, leaveOutIdentical))
+      nearest.push_back({found.distance, found.position});
+    return true;
+  }
+
   VseprBulkDistance* CreateCopy() const override { return new VseprBulkDistance(*this); }
 
  private:

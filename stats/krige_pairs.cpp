@@ -112,11 +112,11 @@ double EstimateBound(const std::vector<double>& distances, std::size_t count) {
 }
 
 /// The elements within `bound`; without a branch on the distances, which no processor can predict.
-std::vector<QVKrigeCandidate> CollectWithin(const std::vector<double>& distances, double bound,
-                                            double leastDistance) {
+std::vector<QVNeighbour> CollectWithin(const std::vector<double>& distances, double bound,
+                                       double leastDistance) {
   constexpr std::size_t kBlock = 256;
-  QVKrigeCandidate block[kBlock];
-  std::vector<QVKrigeCandidate> candidates;
+  QVNeighbour block[kBlock];
+  std::vector<QVNeighbour> candidates;
   for (std::size_t first = 0; first < distances.size(); first += kBlock) {
     const std::size_t end = std::min(first + kBlock, distances.size());
     std::size_t size = 0;
@@ -133,15 +133,15 @@ std::vector<QVKrigeCandidate> CollectWithin(const std::vector<double>& distances
 
 }  // namespace
 
-std::vector<QVKrigeCandidate> QVSelectNearest(const std::vector<double>& distances,
-                                              std::size_t count, bool leaveOutIdentical) {
+std::vector<QVNeighbour> QVSelectNearest(const std::vector<double>& distances, std::size_t count,
+                                         bool leaveOutIdentical) {
   const double least = leaveOutIdentical ? kKrigeIdenticalDistance : 0.0;
   const double unbounded = std::numeric_limits<double>::infinity();
   const double bound = EstimateBound(distances, count);
-  std::vector<QVKrigeCandidate> candidates = CollectWithin(distances, bound, least);
+  std::vector<QVNeighbour> candidates = CollectWithin(distances, bound, least);
   if (candidates.size() < count && bound < unbounded)
     candidates = CollectWithin(distances, unbounded, least);
-  const auto nearer = [](const QVKrigeCandidate& a, const QVKrigeCandidate& b) {
+  const auto nearer = [](const QVNeighbour& a, const QVNeighbour& b) {
     return a.distance < b.distance || (a.distance == b.distance && a.index < b.index);
   };
   if (count < candidates.size()) {

@@ -15,6 +15,13 @@ class VseprBulkDistance : public QVBulkDistance<QVVseprPropFP> {
   void GetDistances(const QVVseprPropFP& query, double* distances) const override {
     index_.GetDistances(query, distances);
   }
+  bool FindNearest(const QVVseprPropFP& query, std::size_t count, bool leaveOutIdentical,
+                   std::vector<QVNeighbour>& nearest) const override {
+    nearest.clear();
+    for (const auto& found : index_.FindNearest(query, count, leaveOutIdentical))
+      nearest.push_back({found.distance, found.position});
+    return true;
+  }
   VseprBulkDistance* CreateCopy() const override { return new VseprBulkDistance(*this); }
 
  private:

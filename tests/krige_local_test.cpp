@@ -249,7 +249,7 @@ TEST(LocalPairs, NearestAreOrderedByDistanceThenIndex) {
   const std::vector<double> distances = {2.0, 1.0, 0.0, 1.0, 3.0, 1.0};
   const auto indices = [&](std::size_t count, bool leaveOut) {
     std::vector<std::size_t> result;
-    for (const QVKrigeCandidate& candidate : QVSelectNearest(distances, count, leaveOut))
+    for (const QVNeighbour& candidate : QVSelectNearest(distances, count, leaveOut))
       result.push_back(candidate.index);
     return result;
   };

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <fstream>
 #include <map>
 #include <numeric>
 #include <random>
@@ -218,6 +219,34 @@ TEST(Vsepr, AlgebraOfSparseVectors) {
   EXPECT_EQ(sum.GetOptions(), options);
 }
 
+/// The nearest by a sort of the distances that the pairwise merge gives.
+std::vector<QVVseprNeighbour> SortNeighbours(const std::vector<QVVseprFingerprint>& all,
+                                             const QVVseprFingerprint& query, bool leaveOutEqual) {
+  std::vector<QVVseprNeighbour> sorted;
+  for (std::size_t i = 0; i < all.size(); ++i)
+    if (const double distance = 1.0 - query.GetTanimoto(all[i]); !leaveOutEqual || distance != 0.0)
+      sorted.push_back({distance, i});
+  std::stable_sort(sorted.begin(), sorted.end(),
+                   [](const auto& a, const auto& b) { return a.distance < b.distance; });
+  return sorted;
+}
+
+void ExpectNearestOfSort(const QVVseprIndex& index, const std::vector<QVVseprFingerprint>& all,
+                         const QVVseprFingerprint& query) {
+  for (const bool leaveOutEqual : {false, true}) {
+    const auto sorted = SortNeighbours(all, query, leaveOutEqual);
+    for (const std::size_t count :
+         {std::size_t{0}, std::size_t{1}, std::size_t{30}, std::size_t{100}, all.size() + 1}) {
+      const auto nearest = index.FindNearest(query, count, leaveOutEqual);
+      ASSERT_EQ(nearest.size(), std::min(count, sorted.size()));
+      for (std::size_t k = 0; k < nearest.size(); ++k) {
+        ASSERT_EQ(nearest[k].position, sorted[k].position) << count << " " << k;
+        ASSERT_EQ(nearest[k].distance, sorted[k].distance);
+      }
+    }
+  }
+}
+
 /// The fingerprints of the molecules above and of mutated copies, so that sizes and densities vary.
 std::vector<QVVseprFingerprint> MakeMany(std::size_t count) {
   std::vector<QVVseprFingerprint> all;
@@ -263,7 +292,31 @@ TEST(VseprIndex, GivesTheBitsOfTheMerge) {
     for (std::size_t i = 0; i < all.size(); ++i)
       ASSERT_EQ(tanimotos[i], all[n].GetTanimoto(all[i])) << n << " " << i;
     EXPECT_EQ(tanimotos[n], 1.0);
+    ExpectNearestOfSort(index, all, all[n]);
   }
+  ExpectNearestOfSort(QVVseprIndex(), {}, all[0]);
+}
+
+// Real molecules have the features, the sizes and the ties that bounds meet in use.
+TEST(VseprIndex, FindsTheNearestRealMolecules) {
+  std::ifstream file(QVSTATS_RDKIT_DATA "/Data/NCI/first_5K.smi");
+  if (!file) GTEST_SKIP() << "no rdkit-data";
+  std::vector<QVVseprFingerprint> all;
+  QVVseprIndex index;
+  std::size_t ties = 0;
+  for (std::string line; all.size() < 2000 && std::getline(file, line);) {
+    QVGraphMol mol;
+    if (!QVChem::QVParseSmiles(mol, line.substr(0, line.find_first_of(" \t")))) continue;
+    all.emplace_back(mol, QVVseprOptions());
+    index.Add(all.back());
+  }
+  ASSERT_EQ(all.size(), 2000U);
+  for (std::size_t n = 0; n < all.size(); n += 83) {
+    ExpectNearestOfSort(index, all, all[n]);
+    const auto nearest = index.FindNearest(all[n], 101, false);
+    ties += nearest[99].distance == nearest[100].distance;
+  }
+  EXPECT_GT(ties, 0U);  // a tie at the end is where an order could go wrong
 }
 
 TEST(Vsepr, PreparedMoleculesCompareByTheirFingerprints) {

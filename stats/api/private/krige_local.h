@@ -162,9 +162,9 @@ class QVLocalKrigeImpl : public QVKrigeBase<T> {
   bool FillDistAndDiff(QVKrigePairs& pairs) const;
 
   double GetDistance(const T& a, const T& b) const { return (*distance_)(a, b); }
-  bool GetDistancesToAll(const T& query, std::vector<double>& distances) const;
-  Neighbourhood CreateNeighbourhood(const std::vector<QVKrigeCandidate>& nearest) const;
-  QVKrigeDistances GetNeighbourDistances(const std::vector<QVKrigeCandidate>& nearest) const;
+  bool FindNearest(const T& query, std::vector<QVNeighbour>& nearest) const;
+  Neighbourhood CreateNeighbourhood(const std::vector<QVNeighbour>& nearest) const;
+  QVKrigeDistances GetNeighbourDistances(const std::vector<QVNeighbour>& nearest) const;
   QVKrigeResult Krige(const T& query) const;
 
   QVKrigeOptions options_;
@@ -269,22 +269,30 @@ bool QVLocalKrigeImpl<T, TT>::FillDistAndDiff(QVKrigePairs& pairs) const {
   return true;
 }
 
+/// The elements that a query is answered from.
+/// \return false when there is a distance that is not a number.
 template <class T, class TT>
-bool QVLocalKrigeImpl<T, TT>::GetDistancesToAll(const T& query,
-                                                std::vector<double>& distances) const {
+bool QVLocalKrigeImpl<T, TT>::FindNearest(const T& query, std::vector<QVNeighbour>& nearest) const {
   const Training& training = *training_;
-  distances.resize(training.elements.size());
+  const std::size_t count = options_.GetNumLocal();
+  const bool leaveOut = options_.GetPredictTraining();
+  if (training.bulk && training.bulk->FindNearest(query, count, leaveOut, nearest))
+    return nearest.empty() || !std::isnan(nearest.front().distance);
+  std::vector<double> distances(training.elements.size());
   if (training.bulk)
     training.bulk->GetDistances(query, distances.data());
   else
     for (std::size_t i = 0; i < distances.size(); ++i)
       distances[i] = GetDistance(query, training.elements[i].GetElement());
-  return std::none_of(distances.begin(), distances.end(), [](double d) { return std::isnan(d); });
+  if (std::any_of(distances.begin(), distances.end(), [](double d) { return std::isnan(d); }))
+    return false;
+  nearest = QVSelectNearest(distances, count, leaveOut);
+  return true;
 }
 
 template <class T, class TT>
 QVKrigeDistances QVLocalKrigeImpl<T, TT>::GetNeighbourDistances(
-    const std::vector<QVKrigeCandidate>& nearest) const {
+    const std::vector<QVNeighbour>& nearest) const {
   const Training& training = *training_;
   QVSystem::QVCopyPtr<QVBulkDistance<T>> bulk;
   if (training.cache.IsGivenUp() && bulkSource_) bulk.reset(bulkSource_->CreateBulkDistance());
@@ -315,11 +323,11 @@ QVKrigeDistances QVLocalKrigeImpl<T, TT>::GetNeighbourDistances(
 
 template <class T, class TT>
 typename QVLocalKrigeImpl<T, TT>::Neighbourhood QVLocalKrigeImpl<T, TT>::CreateNeighbourhood(
-    const std::vector<QVKrigeCandidate>& nearest) const {
+    const std::vector<QVNeighbour>& nearest) const {
   Neighbourhood result{Neighbours(distance_, response_, properties_), {}};
   std::vector<typename Neighbours::Data> elements;
   elements.reserve(nearest.size());
-  for (const QVKrigeCandidate& candidate : nearest) {
+  for (const QVNeighbour& candidate : nearest) {
     const Data& data = training_->elements[candidate.index];
     elements.push_back({Neighbour(data.GetElement()), data.response, data.unmeasured, data.id,
                         data.hasID, data.properties});
@@ -334,11 +342,8 @@ typename QVLocalKrigeImpl<T, TT>::Neighbourhood QVLocalKrigeImpl<T, TT>::CreateN
 
 template <class T, class TT>
 QVKrigeResult QVLocalKrigeImpl<T, TT>::Krige(const T& query) const {
-  std::vector<double> distances;
-  if (!QV_KRIGE_ASSERT(GetDistancesToAll(query, distances))) return QVKrigeResult();
-  const std::vector<QVKrigeCandidate> nearest =
-      QVSelectNearest(distances, options_.GetNumLocal(), options_.GetPredictTraining());
-  if (nearest.empty()) return QVKrigeResult();
+  std::vector<QVNeighbour> nearest;
+  if (!QV_KRIGE_ASSERT(FindNearest(query, nearest)) || nearest.empty()) return QVKrigeResult();
   Neighbourhood neighbourhood = CreateNeighbourhood(nearest);
   const std::unique_ptr<LocalModel> local =
       CreateLocalKrige(std::move(neighbourhood.container), options_.GetErrorValue(),

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "stats/api/bulk_distance.h"
 #include "stats/api/export.h"
 
 namespace QVStats {
@@ -95,18 +96,11 @@ class QVSTATS_EXPORT QVKrigePairSampler {
   float fraction_;
 };
 
-/// A training element and its distance from a query.
-struct QVKrigeCandidate {
-  double distance;
-  std::size_t index;
-};
-
 /// The `count` nearest of the elements at the given distances, nearest first; of equal distances
 /// the earlier element. With `leaveOutIdentical` those closer than 1e-30 are not considered. No
 /// distance may be NaN.
-QVSTATS_EXPORT std::vector<QVKrigeCandidate> QVSelectNearest(const std::vector<double>& distances,
-                                                             std::size_t count,
-                                                             bool leaveOutIdentical);
+QVSTATS_EXPORT std::vector<QVNeighbour> QVSelectNearest(const std::vector<double>& distances,
+                                                        std::size_t count, bool leaveOutIdentical);
 
 }  // namespace QVStats
 

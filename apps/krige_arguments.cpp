@@ -192,7 +192,8 @@ std::vector<TrainingMolecule> ReadTraining(const KrigeArguments& arguments,
     if (error.empty() && !record.value) error = "no value";
     if (error.empty()) predictor.Prepare(record.mol, error);
     if (error.empty()) {
-      molecules.push_back({record.id, GetSmilesOf(record), record.mol, *record.value});
+      std::string smiles = GetSmilesOf(record);
+      molecules.push_back({record.id, std::move(smiles), std::move(record.mol), *record.value});
     } else {
       ++refused;
       std::cerr << source.Locate(record) << ": " << error << ", left out\n";
@@ -226,10 +227,18 @@ std::string DescribeKernel(const QVStats::QVKrigeKernelBase& kernel) {
                                                kernel.GetNugget());
 }
 
+namespace {
+
+constexpr const char* kPredictionColumns[] = {"predicted", "stddev", "lower95", "upper95",
+                                              "status"};
+constexpr const char* kNeighbourColumns[] = {"id", "distance", "weight", "value"};
+
+}  // namespace
+
 std::vector<std::string> GetPredictionColumns(unsigned int numNeighbours) {
-  std::vector<std::string> columns = {"predicted", "stddev", "lower95", "upper95", "status"};
+  std::vector<std::string> columns(std::begin(kPredictionColumns), std::end(kPredictionColumns));
   for (unsigned int k = 1; k <= numNeighbours; ++k)
-    for (const char* field : {"id", "distance", "weight", "value"})
+    for (const char* field : kNeighbourColumns)
       columns.push_back("neighbour" + std::to_string(k) + "_" + field);
   return columns;
 }
@@ -238,8 +247,9 @@ std::vector<std::string> MakePredictionFields(const KrigeArguments& arguments,
                                               const Prediction& prediction,
                                               const std::string& status,
                                               unsigned int numNeighbours) {
-  std::vector<std::string> fields(GetPredictionColumns(numNeighbours).size());
-  fields[4] = status;
+  constexpr std::size_t kFirstNeighbour = std::size(kPredictionColumns);
+  std::vector<std::string> fields(kFirstNeighbour + numNeighbours * std::size(kNeighbourColumns));
+  fields[kFirstNeighbour - 1] = status;
   if (!prediction.valid) return fields;
   const double response = prediction.response, deviation = prediction.deviation;
   const auto show = [&](double value) { return CsvNumber(ShowResponse(arguments, value)); };
@@ -249,7 +259,7 @@ std::vector<std::string> MakePredictionFields(const KrigeArguments& arguments,
   fields[3] = show(response + kInterval95 * deviation);
   if (numNeighbours == 0) return fields;
   const QVMolKrigeResult& result = prediction.result;
-  std::size_t next = 5;
+  std::size_t next = kFirstNeighbour;
   for (const unsigned int i : result.GetLargestElements(numNeighbours)) {
     fields[next++] = result.GetElement(i).GetTitle();
     fields[next++] = CsvNumber(result.GetElementDistance(i));

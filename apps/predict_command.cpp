@@ -36,7 +36,7 @@ class QueryPredictor {
   void Run() {
     MoleculeSource source(arguments_.query, MakeSourceOptions(arguments_));
     Progress progress("predicting", 0, arguments_.quiet);
-    constexpr std::size_t kBlock = 64;
+    constexpr std::size_t kBlock = 240;
     std::vector<MoleculeRecord> block;
     std::optional<Failure> fault;
     std::size_t done = 0;

@@ -79,7 +79,7 @@ BENCHMARK(BM_Multiply)
     ->Args({1000, 0})
     ->Unit(benchmark::kMillisecond);
 
-/// Forward solves with 1 and 200 right sides.
+/// Solves with 1 and 200 right sides, these by matrix products (0) or each as alone (1).
 void BM_Solve(benchmark::State& state) {
   const auto* kernels = GetKernels(state);
   if (!kernels) return;
@@ -91,13 +91,16 @@ void BM_Solve(benchmark::State& state) {
   std::vector<double> b(size * sides, 1.0);
   for (auto _ : state) {
     std::fill(b.begin(), b.end(), 1.0);
-    kernels->solveLower(size, l.data(), size, sides, b.data(), size);
-    kernels->solveLowerTransposed(size, l.data(), size, sides, b.data(), size);
+    const bool each = state.range(3) == 1;
+    (each ? kernels->solveLowerEach : kernels->solveLower)(size, l.data(), size, sides, b.data(),
+                                                           size);
+    (each ? kernels->solveLowerTransposedEach : kernels->solveLowerTransposed)(
+        size, l.data(), size, sides, b.data(), size);
   }
   SetFlops(state, 2.0 * static_cast<double>(size * size * sides));
 }
 BENCHMARK(BM_Solve)
-    ->ArgsProduct({{1000, 2000, 4000}, {1}, {1, 200}})
+    ->ArgsProduct({{1000, 2000, 4000}, {1}, {1, 200}, {0, 1}})
     ->Unit(benchmark::kMillisecond);
 
 /// Reduction to tridiagonal form, and that with the eigenvalues.

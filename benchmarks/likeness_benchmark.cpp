@@ -62,4 +62,14 @@ void BM_OneAgainstMany(benchmark::State& state) {
 }
 BENCHMARK(BM_OneAgainstMany)->Arg(1000)->Arg(10000);
 
+/// The hundred nearest, to be compared with the distances of all.
+void BM_Nearest(benchmark::State& state) {
+  const auto fingerprints = MakeFingerprints(static_cast<std::size_t>(state.range(0)));
+  QVLikeness::QVVseprIndex index;
+  for (const auto& fingerprint : fingerprints) index.Add(fingerprint);
+  for (auto _ : state)
+    benchmark::DoNotOptimize(index.FindNearest(fingerprints[0], 100, false).data());
+}
+BENCHMARK(BM_Nearest)->Arg(1000)->Arg(10000);
+
 }  // namespace

@@ -13,7 +13,7 @@ namespace QVStats {
 
 QVKrigeResultBase::~QVKrigeResultBase() = default;
 
-QVKrigeResult::QVKrigeResult() : result_(new QVKrigeResultImpl) {}
+QVKrigeResult::QVKrigeResult() : result_(std::make_shared<const QVKrigeResultImpl>()) {}
 
 QVKrigeResult::QVKrigeResult(const QVKrigeResultBase& result) : result_(result.CreateCopy()) {}
 

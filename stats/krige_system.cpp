@@ -131,10 +131,14 @@ class CholeskySystem : public QVKrigeSystem {
   }
 
  protected:
-  Eigen::Matrix2Xd SolveMoments(const MatrixXd& borderRows, MatrixXd& c) const override {
+  Eigen::Matrix2Xd SolveMoments(const MatrixXd& borderRows, MatrixXd& c, bool each) const override {
     Eigen::Matrix2Xd moments(2, borderRows.cols());
     for (Index q = 0; q < moments.cols(); ++q) moments(0, q) = Dot(alpha_.data(), c.col(q).data());
-    SolveForward(c);
+    if (each)
+      kernels_.solveLowerEach(Count(c.rows()), factor_.data(), Count(c.rows()), Count(c.cols()),
+                              c.data(), Count(c.rows()));
+    else
+      SolveForward(c);
     for (Index q = 0; q < moments.cols(); ++q) {
       double* z = c.col(q).data();
       moments(1, q) = Dot(z, z);
@@ -149,7 +153,10 @@ class CholeskySystem : public QVKrigeSystem {
     return moments;
   }
 
-  void FinishWeights(MatrixXd& c) const override { SolveBackward(c); }
+  void FinishWeights(MatrixXd& c) const override {
+    kernels_.solveLowerTransposedEach(Count(c.rows()), factor_.data(), Count(c.rows()),
+                                      Count(c.cols()), c.data(), Count(c.rows()));
+  }
 
  private:
   /// Pivots of the Schur complement, scaled to a unit diagonal, below this leave the small system
@@ -204,7 +211,8 @@ class BorderedSystem : public QVKrigeSystem {
 
  protected:
   /// Comes by the moments from the weights.
-  Eigen::Matrix2Xd SolveMoments(const MatrixXd& borderRows, MatrixXd& c) const override {
+  Eigen::Matrix2Xd SolveMoments(const MatrixXd& borderRows, MatrixXd& c,
+                                bool /*each*/) const override {
     Eigen::Matrix2Xd moments(2, borderRows.cols());
     VectorXd right(c.rows() + borderRows.rows());
     for (Index q = 0; q < moments.cols(); ++q) {
@@ -347,14 +355,16 @@ class QVKrigeSystem::WeightsOnDemand : public QVKrigeWeights {
 
 std::vector<QVKrigeResult> QVKrigeSystem::GetResults(const MatrixXd& distances,
                                                      const MatrixXd& properties) const {
-  constexpr auto kTogether = static_cast<Index>(QVMath::kDenseFewRightSides);
+  // Enough that the factor is read rarely, and so few that they do not crowd it out of the cache.
+  constexpr Index kTogether = 16 * QVMath::kDenseFewRightSides;
   const MatrixXd borderRows = MakeBorderRows(properties);
   std::vector<QVKrigeResult> results(Count(distances.cols()));
   for (Index first = 0; first < distances.cols(); first += kTogether) {
     const Index count = std::min(kTogether, distances.cols() - first);
     MatrixXd columns = GetCovariances(distances.middleCols(first, count), *kernel_, count);
     const Eigen::RowVectorXd least = columns.colwise().minCoeff();
-    const Eigen::Matrix2Xd moments = SolveMoments(borderRows.middleCols(first, count), columns);
+    const Eigen::Matrix2Xd moments =
+        SolveMoments(borderRows.middleCols(first, count), columns, true);
     std::vector<Index> identical;
     for (Index k = 0; k < count; ++k)
       identical.push_back(FindIdenticalPoint(distances.col(first + k).data(), distances.rows()));
@@ -381,7 +391,7 @@ std::vector<QVKrigeEstimate> QVKrigeSystem::GetEstimates(const MatrixXd& distanc
   // single query gets the bits that it has in a block.
   constexpr auto kMany = static_cast<Index>(QVMath::kDenseFewRightSides) + 1;
   MatrixXd columns = GetCovariances(distances, *kernel_, std::max(distances.cols(), kMany));
-  const Eigen::Matrix2Xd moments = SolveMoments(MakeBorderRows(properties), columns);
+  const Eigen::Matrix2Xd moments = SolveMoments(MakeBorderRows(properties), columns, false);
   std::vector<QVKrigeEstimate> estimates;
   estimates.reserve(Count(distances.cols()));
   for (Index q = 0; q < distances.cols(); ++q) {

@@ -245,10 +245,11 @@ const QVChem::QVMolBase& QVMolKrigeResult::GetElement(unsigned int i, unsigned i
 std::vector<unsigned int> QVMolKrigeResult::GetLargestElements(unsigned int count) const {
   std::vector<unsigned int> order(GetNumElements());
   std::iota(order.begin(), order.end(), 0U);
-  const auto isLarger = [this](unsigned int a, unsigned int b) {
-    const double weightA = std::abs(GetElementWeight(a));
-    const double weightB = std::abs(GetElementWeight(b));
-    if (weightA != weightB) return weightA > weightB;
+  std::vector<double> sizes;
+  sizes.reserve(order.size());
+  for (const unsigned int i : order) sizes.push_back(std::abs(GetElementWeight(i)));
+  const auto isLarger = [&](unsigned int a, unsigned int b) {
+    if (sizes[a] != sizes[b]) return sizes[a] > sizes[b];
     const double distanceA = GetElementDistance(a);
     const double distanceB = GetElementDistance(b);
     return distanceA != distanceB ? distanceA < distanceB : a < b;

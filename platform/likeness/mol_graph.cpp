@@ -44,7 +44,8 @@ class Packer {
 
 MolGraph::AtomType GetAtomType(const RDKit::Atom& atom, unsigned int heavyDegree, bool inRing,
                                bool stereo) {
-  const unsigned int hydrogens = atom.getTotalNumHs(true);
+  // Of the neighbours that are atoms, those that are not heavy are hydrogens.
+  const unsigned int hydrogens = atom.getTotalNumHs() + atom.getDegree() - heavyDegree;
   const unsigned int element = static_cast<unsigned int>(atom.getAtomicNum());
   Packer packer;
   packer

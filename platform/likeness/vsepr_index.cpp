@@ -91,8 +91,8 @@ class NearestList {
   std::vector<QVVseprNeighbour> list_;  // a heap, the farthest first
 };
 
-/// A bound that at least `count` of the bounds, each at most 1, do not exceed, and not many more:
-/// the end of a class of a histogram.
+/// A number that at least `count` of the bounds are below, and not many more: the end of a class of
+/// a histogram over their range, 0 to 1.
 double FindCommonBound(const std::vector<double>& bounds, std::size_t count) {
   constexpr std::size_t kClasses = 256;
   std::array<std::size_t, kClasses + 1> histogram{};
@@ -206,8 +206,14 @@ void QVVseprIndex::ResizeRows(std::size_t numColumns) {
 QVVseprIndex::Counts QVVseprIndex::Count(const QVVseprFingerprint& query) const {
   Counts counts{std::vector<std::uint16_t>(volumes_.size()), std::vector<std::uint8_t>(rowSize_), 0,
                 std::vector<std::uint8_t>(kSummarySize), 0};
-  for (std::size_t i = 0; i < query.GetNumFeatures(); ++i) {
-    const Feature* const feature = FindFeature(query.GetCodes()[i]);
+  // Most lists are short and wait for memory; asked for early, they do so together.
+  std::vector<const Feature*> features;
+  features.reserve(query.GetNumFeatures());
+  for (const std::uint64_t code : query.GetCodes()) features.push_back(FindFeature(code));
+  for (const Feature* const feature : features)
+    if (feature) __builtin_prefetch(feature->postings.data());
+  for (std::size_t i = 0; i < features.size(); ++i) {
+    const Feature* const feature = features[i];
     if (!feature) continue;
     const auto weight = static_cast<std::uint32_t>(query.GetWeights()[i]);
     for (const Posting& posting : feature->postings) {
@@ -284,7 +290,7 @@ void QVVseprIndex::GetDistances(const QVVseprFingerprint& query, double* distanc
 // ---- the nearest
 
 /// What the distances from the query are at least. Sums of counts are exact and division rounds
-/// monotonously, so that no bound is above its distance. Infinity for those that are compared
+/// monotonously, so that no bound is above its distance. Not a number for those that are compared
 /// otherwise.
 std::vector<double> QVVseprIndex::GetLowerBounds(const Counts& query, double volume) const {
   std::vector<double> bounds(volumes_.size());
@@ -296,7 +302,7 @@ std::vector<double> QVVseprIndex::GetLowerBounds(const Counts& query, double vol
     bounds[i] = 1.0 - QVTanimotoFromSums(query.shared[i] + inRow, volume, volumes_[i]);
   }
   for (const Other& other : others_)
-    bounds[other.position] = std::numeric_limits<double>::infinity();
+    bounds[other.position] = std::numeric_limits<double>::quiet_NaN();
   return bounds;
 }
 

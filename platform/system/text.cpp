@@ -46,7 +46,12 @@ std::string QVNumberToString(double value) {
 }
 
 std::string QVNumberToString(double value, unsigned int digits) {
-  return QVFormat("%.*g", static_cast<int>(digits), value);
+  // At most a sign, the digits, a point, four zeros before them or an exponent.
+  std::string text(digits + 16, '\0');
+  const auto result = std::to_chars(text.data(), text.data() + text.size(), value,
+                                    std::chars_format::general, static_cast<int>(digits));
+  text.resize(static_cast<std::size_t>(result.ptr - text.data()));
+  return text;
 }
 
 std::string QVFormat(const char* format, ...) {

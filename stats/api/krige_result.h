@@ -7,7 +7,8 @@
 #ifndef QVSTATS_API_KRIGE_RESULT_H
 #define QVSTATS_API_KRIGE_RESULT_H
 
-#include "platform/system/copy_ptr.h"
+#include <memory>
+
 #include "stats/api/export.h"
 #include "stats/api/krige_kernels.h"
 
@@ -98,7 +99,7 @@ class QVSTATS_EXPORT QVKrigeResult {
   const QVKrigeResultBase& GetBase() const { return *result_; }
 
  private:
-  QVSystem::QVCopyPtr<QVKrigeResultBase> result_;
+  std::shared_ptr<const QVKrigeResultBase> result_;
 };
 
 /// A prediction without what it rests on. Both are the model's error value when there is none.

@@ -146,57 +146,66 @@ bool Cholesky(Size n, double* a, Size lda) {
 /// Columns of a triangle that are solved one by one before the rest is updated by all of them.
 constexpr Size kVectorBlock = 64;
 
-/// A triangle is read once for kSides right sides, and each gets the bits that it gets alone.
+/// The part of a forward solve that belongs to columns j to end of the triangle.
 template <Size kSides>
-void SolveLowerVectors(Size n, const double* l, Size ldl, double* x, Size ldx) {
+void SolveColumns(Size n, Size j, Size end, const double* l, Size ldl, double* x, Size ldx) {
+  for (Size s = 0; s < kSides; ++s)
+    for (Size k = j; k < end; ++k) {
+      const double* column = l + k * ldl;
+      double* side = x + s * ldx;
+      side[k] /= column[k];
+      const double share = side[k];
+      for (Size i = k + 1; i < end; ++i) side[i] -= share * column[i];
+    }
+  MultiplyVectors<kSides>(n - end, end - j, -1.0, l + end + j * ldl, ldl, x + j, ldx, x + end, ldx);
+}
+
+/// The same of a backward solve.
+template <Size kSides>
+void SolveColumnsTransposed(Size n, Size j, Size end, const double* l, Size ldl, double* x,
+                            Size ldx) {
+  MultiplyVectorsTransposed<kSides>(n - end, end - j, -1.0, l + end + j * ldl, ldl, x + end, ldx,
+                                    x + j, ldx);
+  for (Size s = 0; s < kSides; ++s)
+    for (Size k = end; k-- > j;) {
+      const double* column = l + k * ldl;
+      double* side = x + s * ldx;
+      side[k] = (side[k] - Dot(end - k - 1, column + k + 1, side + k + 1)) / column[k];
+    }
+}
+
+/// Right sides go in groups through the same columns of the triangle, which stay in the cache for
+/// all of them, and each gets the bits that it gets alone.
+void SolveLowerEach(Size n, const double* l, Size ldl, Size m, double* b, Size ldb) {
+  constexpr Size kGroup = kDenseFewRightSides;
   for (Size j = 0; j < n; j += kVectorBlock) {
     const Size end = Min(j + kVectorBlock, n);
-    for (Size s = 0; s < kSides; ++s)
-      for (Size k = j; k < end; ++k) {
-        const double* column = l + k * ldl;
-        double* side = x + s * ldx;
-        side[k] /= column[k];
-        const double share = side[k];
-        for (Size i = k + 1; i < end; ++i) side[i] -= share * column[i];
-      }
-    MultiplyVectors<kSides>(n - end, end - j, -1.0, l + end + j * ldl, ldl, x + j, ldx, x + end,
-                            ldx);
+    Size s = 0;
+    for (; s + kGroup <= m; s += kGroup) SolveColumns<kGroup>(n, j, end, l, ldl, b + s * ldb, ldb);
+    for (; s < m; ++s) SolveColumns<1>(n, j, end, l, ldl, b + s * ldb, ldb);
   }
 }
 
-template <Size kSides>
-void SolveLowerTransposedVectors(Size n, const double* l, Size ldl, double* x, Size ldx) {
+void SolveLowerTransposedEach(Size n, const double* l, Size ldl, Size m, double* b, Size ldb) {
+  constexpr Size kGroup = kDenseFewRightSides;
   for (Size end = n; end > 0;) {
     const Size j = (end - 1) / kVectorBlock * kVectorBlock;
-    MultiplyVectorsTransposed<kSides>(n - end, end - j, -1.0, l + end + j * ldl, ldl, x + end, ldx,
-                                      x + j, ldx);
-    for (Size s = 0; s < kSides; ++s)
-      for (Size k = end; k-- > j;) {
-        const double* column = l + k * ldl;
-        double* side = x + s * ldx;
-        side[k] = (side[k] - Dot(end - k - 1, column + k + 1, side + k + 1)) / column[k];
-      }
+    Size s = 0;
+    for (; s + kGroup <= m; s += kGroup)
+      SolveColumnsTransposed<kGroup>(n, j, end, l, ldl, b + s * ldb, ldb);
+    for (; s < m; ++s) SolveColumnsTransposed<1>(n, j, end, l, ldl, b + s * ldb, ldb);
     end = j;
   }
 }
 
 void SolveLower(Size n, const double* l, Size ldl, Size m, double* b, Size ldb) {
-  if (m == kDenseFewRightSides) return SolveLowerVectors<kDenseFewRightSides>(n, l, ldl, b, ldb);
-  if (m < kDenseFewRightSides) {
-    for (Size j = 0; j < m; ++j) SolveLowerVectors<1>(n, l, ldl, b + j * ldb, ldb);
-    return;
-  }
+  if (m <= kDenseFewRightSides) return SolveLowerEach(n, l, ldl, m, b, ldb);
   // L X = B is X' L' = B'.
   SolveRight(SolveWorkspace(n, m), m, n, {l, 1, Signed(ldl)}, {b, Signed(ldb), 1});
 }
 
 void SolveLowerTransposed(Size n, const double* l, Size ldl, Size m, double* b, Size ldb) {
-  if (m == kDenseFewRightSides)
-    return SolveLowerTransposedVectors<kDenseFewRightSides>(n, l, ldl, b, ldb);
-  if (m < kDenseFewRightSides) {
-    for (Size j = 0; j < m; ++j) SolveLowerTransposedVectors<1>(n, l, ldl, b + j * ldb, ldb);
-    return;
-  }
+  if (m <= kDenseFewRightSides) return SolveLowerTransposedEach(n, l, ldl, m, b, ldb);
   // L' X = B with its equations and unknowns in reverse order is a lower system again.
   const QVDenseView reversed{l + (n - 1) * (ldl + 1), -Signed(ldl), -1};
   SolveRight(SolveWorkspace(n, m), m, n, reversed, {b + (n - 1), Signed(ldb), -1});

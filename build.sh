@@ -8,7 +8,8 @@
 #   threads    the tests of shared objects under the thread sanitizer
 #   fuzz       each fuzz target for a minute, or FUZZ_SECONDS
 #   format     checks the formatting
-#   lint       clang-tidy and cppcheck
+#   lint       the layers, and cppcheck
+#   tidy       clang-tidy, 20 minutes of a processor
 #   symbols    compares what the libraries export with the lists in cmake/symbols
 #   consumer   installs, then builds and runs a small project against the installed tree
 #   package    makes the Debian packages, unpacks them and uses what they hold
@@ -105,7 +106,7 @@ fuzz_one() {
   local limits=(-max_total_time="${FUZZ_SECONDS:-60}" -max_len=4096 -timeout=100 -rss_limit_mb=4096)
   mkdir -p "$out"
   [ "$name" != command ] || { words_of_command_line >"$out.dict" && limits+=(-dict="$out.dict"); }
-  TMPDIR=$PWD/build/fuzz build/sanitize/fuzz/"${name}_fuzz" "${limits[@]}" -print_final_stats=1 \
+  ASAN_OPTIONS=$ASAN_OPTIONS:malloc_context_size=10 TMPDIR=$PWD/build/fuzz build/sanitize/fuzz/"${name}_fuzz" "${limits[@]}" -print_final_stats=1 \
     -artifact_prefix="$out/" "$out" "$PWD/fuzz/corpus/$name" >"$out.log" 2>&1 ||
     { tail -60 "$out.log"; echo "fuzz: $name failed"; return 1; }
   echo "$name: $(grep -E '^Done|average_exec' "$out.log" | tr '\n' ' ')"
@@ -127,18 +128,23 @@ format() {
 }
 
 lint() {
-  packages clang-tidy cppcheck
+  packages cppcheck
+  cmake --preset release  # for the list of compilations
+  tools/check_layers.sh
+  say "cppcheck"
+  cppcheck --project=build/release/compile_commands.json --file-filter='platform/*' --file-filter='stats/*' \
+    --file-filter='apps/*' --suppressions-list=.cppcheck --enable=warning,performance,portability --inline-suppr \
+    --error-exitcode=1 --quiet -j "$JOBS"
+  echo "nothing found"
+}
+
+tidy() {
+  packages clang-tidy
   cmake --preset release
   cmake --build --preset release --parallel "$JOBS" --target qvstats  # the generated headers
-  tools/check_layers.sh
-  local ours='^(platform|stats|apps)/.*\.cpp$'
   say "clang-tidy"
-  git ls-files | grep -E "$ours" |
+  git ls-files | grep -E '^(platform|stats|apps)/.*\.cpp$' |
     xargs -P "$JOBS" -n 4 clang-tidy --quiet -p build/release
-  say "cppcheck"
-  cppcheck --project=build/release/compile_commands.json --file-filter="$PWD/platform/*" \
-    --file-filter="$PWD/stats/*" --file-filter="$PWD/apps/*" --suppressions-list=.cppcheck \
-    --enable=warning,performance,portability --inline-suppr --error-exitcode=1 --quiet -j "$JOBS"
   echo "nothing found"
 }
 
@@ -222,10 +228,10 @@ bench() {
 }
 
 case "${1:-}" in
-  demo | sanitize | threads | fuzz | format | lint | symbols | consumer | package | docs | bench) "$1" ;;
+  demo | sanitize | threads | fuzz | format | lint | tidy | symbols | consumer | package | docs | bench) "$1" ;;
   test) tests ;;
   *)
-    sed -n '2,19s/^# \{0,1\}//p' "$0"
+    sed -n '2,20s/^# \{0,1\}//p' "$0"
     exit 1
     ;;
 esac

@@ -33,7 +33,7 @@ Failure CannotWrite(const std::string& what);
 /// callback that stores the exit code in `exitCode`.
 using AddCommand = void (*)(CLI::App& program, int& exitCode);
 
-// One declaration for each subcommand, a row of the table in main.cpp.
+// One declaration for each subcommand, a row of the table in program.cpp.
 void AddAUCCommand(CLI::App& program, int& exitCode);
 void AddClusterCommand(CLI::App& program, int& exitCode);
 void AddDescribeCommand(CLI::App& program, int& exitCode);

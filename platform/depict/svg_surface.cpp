@@ -11,9 +11,9 @@ namespace {
 /// Writes the operations of an image as the elements of an SVG 1.1 file.
 class SvgWriter {
  public:
-  explicit SvgWriter(const QVImage& image) {
-    out_ = R"(<?xml version="1.0" encoding="UTF-8"?>)"
-           "\n<svg xmlns=\"http://www.w3.org/2000/svg\" xml:space=\"preserve\"";
+  explicit SvgWriter(const QVImage& image)
+      : out_(R"(<?xml version="1.0" encoding="UTF-8"?>)"
+             "\n<svg xmlns=\"http://www.w3.org/2000/svg\" xml:space=\"preserve\"") {
     Number(" width", image.GetWidth());
     Number(" height", image.GetHeight());
     out_ += " viewBox=\"0 0 " + Text(image.GetWidth()) + ' ' + Text(image.GetHeight()) +

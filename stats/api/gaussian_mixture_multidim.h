@@ -147,7 +147,7 @@ class QVSTATS_EXPORT QVMultiDimGaussMixModel {
   std::size_t numPoints_ = 0;
   std::vector<double> data_;
   std::vector<QVMultiDimGaussMixComponent> components_;
-  double fitness_;
+  double fitness_ = 0.0;
 };
 
 }  // namespace QVStats

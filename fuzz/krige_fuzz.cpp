@@ -71,7 +71,7 @@ bool Train(FuzzedDataProvider& input, QVStats::QVKrigeImpl<Point>& model) {
   if (way == 1) return model.Train(kernel);
   kernel.SetRange(input.ConsumeFloatingPointInRange(0.0, 2.0));
   kernel.SetNugget(input.ConsumeFloatingPointInRange(0.0, 1.0));
-  kernel.SetSill(input.ConsumeFloatingPointInRange(0.0, 4.0));
+  kernel.SetSill(input.ConsumeFloatingPointInRange(1e-9, 4.0));
   return model.TrainFixed(kernel);
 }
 

@@ -58,10 +58,10 @@ std::string QVRegressionResult::PrintSummaryPlusFirstRowsOfData(std::size_t firs
   return text;
 }
 
-double QVRegressionResult::GetSampleStatisticOnColumn(QVStatModelResult& result,
-                                                      std::size_t& numMissing, std::size_t& numBad,
-                                                      unsigned int statisticType,
-                                                      std::string colName) const {
+double QVRegressionResult::GetSampleStatisticOnColumn(
+    QVStatModelResult& result, std::size_t& numMissing, std::size_t& numBad,
+    unsigned int statisticType,
+    std::string colName) const {  // NOLINT: part of the interface
   const double value = QVGetSampleStatisticForColumnOfRatioType(
       result, numMissing, numBad, statisticType, table_, colName, subCol_);
   QVFailedIn(result, where_);

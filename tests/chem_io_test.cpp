@@ -111,7 +111,8 @@ TEST(MolReader, SDRecordsKeepTitleAndData) {
   EXPECT_FALSE(reader.HasError());
 }
 
-TEST(MolReader, BadV3000BlocksAreBadRecords) {
+// Blocks of which RDKit finds out late that they are bad.
+TEST(MolReader, BlocksThatContradictThemselvesAreBadRecords) {
   const auto record = [](const std::string& counts, const std::string& bond) {
     return "v3\n\n\n  0  0  0     0  0            999 V3000\nM  V30 BEGIN CTAB\nM  V30 COUNTS " +
            counts +
@@ -121,13 +122,17 @@ TEST(MolReader, BadV3000BlocksAreBadRecords) {
   };
   const TemporaryDirectory dir;
   QVMolReader reader(
-      dir.Write("a.sdf", record("2 y 0 0 0", "1 1 1 2") + record("2 1 0 0 0", "1 1 1 9") +
-                             record("2 1 0 0 0", "1 1 1 2")),
+      dir.Write(
+          "a.sdf",
+          record("2 y 0 0 0", "1 1 1 2") + record("2 1 0 0 0", "1 1 1 9") +
+              "v2\n\n\n  0  1  0  0  0  0  0  0  0  0999 V2000\n  2  3  1  0\nM  END\n$$$$\n" +
+              record("2 1 0 0 0", "1 1 1 2")),
       ReturnBad());
   EXPECT_THAT(Summarize(reader),
               ElementsAre("1/1: bad: a number cannot be read",
                           testing::StartsWith("2/17: bad: the connection table contradicts itself"),
-                          "3/33: v3"));
+                          testing::StartsWith("3/33: bad: the connection table contradicts itself"),
+                          "4/40: v3"));
 }
 
 TEST(MolReader, CrLfAndAMissingLastLineAreTheSameRecord) {

@@ -103,7 +103,7 @@ words_of_command_line() {
 # absolute because a target may change its directory.
 fuzz_one() {
   local name=$1 out=$PWD/build/fuzz/$1
-  local limits=(-max_total_time="${FUZZ_SECONDS:-60}" -max_len=4096 -timeout=100 -rss_limit_mb=4096)
+  local limits=(-max_total_time="${FUZZ_SECONDS:-60}" -max_len=4096 -timeout=300 -rss_limit_mb=4096)
   mkdir -p "$out"
   [ "$name" != command ] || { words_of_command_line >"$out.dict" && limits+=(-dict="$out.dict"); }
   ASAN_OPTIONS=$ASAN_OPTIONS:malloc_context_size=10 TMPDIR=$PWD/build/fuzz build/sanitize/fuzz/"${name}_fuzz" "${limits[@]}" -print_final_stats=1 \

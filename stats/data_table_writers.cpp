@@ -260,7 +260,7 @@ QVStatModelResult QVWriteDataTableToArffFile(QVPlatform::qvofstream& out, const 
     if (name.empty() || type.empty())
       return writer.Refuse("the name or a category of column \"" + field.name +
                            "\" cannot be written");
-    header += "@ATTRIBUTE " + name + " " + type + "\n";
+    header.append("@ATTRIBUTE ").append(name).append(" ").append(type).append("\n");
   }
   out << header << "\n@DATA\n";
   writer.WriteRows();

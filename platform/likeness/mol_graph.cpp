@@ -13,8 +13,8 @@ namespace {
 /// Non-bonding electron pairs in the valence shell; 0 for metals and other shells without a rule.
 unsigned int CountLonePairs(const RDKit::Atom& atom) {
   static const RDKit::PeriodicTable* const table = RDKit::PeriodicTable::getTable();
-  const int outer = table->getNouterElecs(atom.getAtomicNum());
-  const int free = outer - atom.getFormalCharge() - atom.getTotalValence() -
+  const int outer = table->getNouterElecs(static_cast<unsigned int>(atom.getAtomicNum()));
+  const int free = outer - atom.getFormalCharge() - static_cast<int>(atom.getTotalValence()) -
                    static_cast<int>(atom.getNumRadicalElectrons());
   return static_cast<unsigned int>(std::max(free, 0)) / 2;
 }

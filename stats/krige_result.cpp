@@ -22,11 +22,17 @@ QVKrigeResult::QVKrigeResult(std::unique_ptr<QVKrigeResultBase> result)
 
 namespace {
 
+/// \return the result of a model; null for a derived class, which may have other getters.
+const QVKrigeResultImpl* FindModelResult(const QVKrigeResultBase& result) {
+  return typeid(result) == typeid(QVKrigeResultImpl)
+             ? static_cast<const QVKrigeResultImpl*>(&result)
+             : nullptr;
+}
+
 /// The prediction that a model stored with its result: the sums below without the weights.
 std::optional<QVKrigeEstimate> FindEstimate(const QVKrigeResultBase& result) {
-  // A derived class may have other getters.
-  if (typeid(result) != typeid(QVKrigeResultImpl)) return std::nullopt;
-  return static_cast<const QVKrigeResultImpl&>(result).GetEstimate();
+  const QVKrigeResultImpl* const found = FindModelResult(result);
+  return found ? found->GetEstimate() : std::nullopt;
 }
 
 double SumResponses(const QVKrigeResultBase& result) {
@@ -37,6 +43,16 @@ double SumResponses(const QVKrigeResultBase& result) {
 }
 
 }  // namespace
+
+std::vector<double> QVGetKrigeWeights(const QVKrigeResultBase& result) {
+  const unsigned int size = result.GetNumElements();
+  if (const QVKrigeResultImpl* const found = FindModelResult(result); found && size > 0)
+    return std::vector<double>(found->GetWeights(), found->GetWeights() + size);
+  std::vector<double> weights;
+  weights.reserve(size);
+  for (unsigned int i = 0; i < size; ++i) weights.push_back(result.GetWeight(i));
+  return weights;
+}
 
 double QVCalculateResponse(const QVKrigeResultBase& result, double errorValue) {
   QV_ASSERT(!std::isnan(errorValue));

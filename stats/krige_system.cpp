@@ -356,7 +356,7 @@ class QVKrigeSystem::WeightsOnDemand : public QVKrigeWeights {
 std::vector<QVKrigeResult> QVKrigeSystem::GetResults(const MatrixXd& distances,
                                                      const MatrixXd& properties) const {
   // Enough that the factor is read rarely, and so few that they do not crowd it out of the cache.
-  constexpr Index kTogether = 16 * QVMath::kDenseFewRightSides;
+  constexpr Index kTogether = 8 * QVMath::kDenseFewRightSides;
   const MatrixXd borderRows = MakeBorderRows(properties);
   std::vector<QVKrigeResult> results(Count(distances.cols()));
   for (Index first = 0; first < distances.cols(); first += kTogether) {

@@ -8,6 +8,7 @@
 
 #include "platform/math/special_functions.h"
 #include "platform/system/error_handler.h"
+#include "stats/api/private/krige_result_impl.h"
 #include "stats/api/private/mol_krige_result_impl.h"
 
 // Assertions of molecular results name one source, whichever file they stand in.
@@ -245,9 +246,8 @@ const QVChem::QVMolBase& QVMolKrigeResult::GetElement(unsigned int i, unsigned i
 std::vector<unsigned int> QVMolKrigeResult::GetLargestElements(unsigned int count) const {
   std::vector<unsigned int> order(GetNumElements());
   std::iota(order.begin(), order.end(), 0U);
-  std::vector<double> sizes;
-  sizes.reserve(order.size());
-  for (const unsigned int i : order) sizes.push_back(std::abs(GetElementWeight(i)));
+  std::vector<double> sizes = QVGetKrigeWeights(GetKrigeResult().GetBase());
+  for (double& size : sizes) size = std::abs(size);
   const auto isLarger = [&](unsigned int a, unsigned int b) {
     if (sizes[a] != sizes[b]) return sizes[a] > sizes[b];
     const double distanceA = GetElementDistance(a);

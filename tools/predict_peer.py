@@ -6,10 +6,10 @@
 Trains on the first N molecules of TRAIN and predicts the first M of QUERIES; both are files as
 enumerate_molecules.py writes them. Morgan fingerprints of RDKit (radius 2, 2048 bits), and
 scikit-learn's GaussianProcessRegressor with the Tanimoto similarity as its kernel, scale and noise
-by maximum likelihood; queries go through it 1000 at a time. With --local, each query is answered by
-the same process on its nearest training molecules, found by RDKit's bulk similarities, with scale
-and noise of a model of 1000 molecules. Prints seconds of processor time by step and the peak of
-memory. Set OPENBLAS_NUM_THREADS=1 for one thread. Needs python3-rdkit and python3-sklearn.
+by maximum likelihood on the first 1000; queries go through it 1000 at a time. With --local, each
+query is answered by the same process on its nearest training molecules, found by RDKit's bulk
+similarities. Prints seconds of processor time by step and the peak of memory. Set
+OPENBLAS_NUM_THREADS=1 for one thread. Needs python3-rdkit and python3-sklearn.
 """
 
 import argparse
@@ -31,6 +31,9 @@ seconds = {}
 
 class Tanimoto(Kernel):
     """The share of common bits, x'y / (x'x + y'y - x'y), for rows of zeros and ones."""
+
+    def __init__(self):  # scikit-learn reads the parameters of a kernel from here
+        pass
 
     def __call__(self, X, Y=None, eval_gradient=False):
         Y = X if Y is None else Y
@@ -80,9 +83,8 @@ def to_matrix(prints):
     return rows
 
 
-def fit(prints, values):
-    kernel = ConstantKernel(1.0) * Tanimoto() + WhiteKernel(0.1)
-    model = GaussianProcessRegressor(kernel, normalize_y=True)
+def fit(prints, values, kernel, optimizer):
+    model = GaussianProcessRegressor(kernel, normalize_y=True, optimizer=optimizer)
     return model.fit(to_matrix(prints), values)
 
 
@@ -114,8 +116,11 @@ def main():
         values.append(measured)
     values = np.concatenate(values)
     with Timed("fit"):
-        head = 1000 if arguments.local else len(prints)
-        model = fit(prints[:head], values[:head])
+        head = min(1000, len(prints))
+        kernel = ConstantKernel(1.0) * Tanimoto() + WhiteKernel(0.1)
+        model = fit(prints[:head], values[:head], kernel, "fmin_l_bfgs_b")
+        if head < len(prints) and not arguments.local:
+            model = fit(prints, values, model.kernel_, None)
     if arguments.local:
         variance = values[:head].var()
         scale = model.kernel_.k1.k1.constant_value * variance

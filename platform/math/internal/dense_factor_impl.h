@@ -144,23 +144,21 @@ bool Cholesky(Size n, double* a, Size lda) {
 }
 
 /// Columns of a triangle that are solved one by one before the rest is updated by all of them.
-constexpr Size kVectorBlock = 64;
+constexpr Size kVectorBlock = 32;
+/// Rows of such columns that stay in the cache while all right sides are updated.
+constexpr Size kVectorRows = 256;
 
-/// The part of a forward solve that belongs to columns j to end of the triangle.
-template <Size kSides>
-void SolveColumns(Size n, Size j, Size end, const double* l, Size ldl, double* x, Size ldx) {
-  for (Size s = 0; s < kSides; ++s)
-    for (Size k = j; k < end; ++k) {
-      const double* column = l + k * ldl;
-      double* side = x + s * ldx;
-      side[k] /= column[k];
-      const double share = side[k];
-      for (Size i = k + 1; i < end; ++i) side[i] -= share * column[i];
-    }
-  MultiplyVectors<kSides>(n - end, end - j, -1.0, l + end + j * ldl, ldl, x + j, ldx, x + end, ldx);
+/// The part of a forward solve that belongs to the diagonal block of columns j to end.
+void SolveTriangle(Size j, Size end, const double* l, Size ldl, double* side) {
+  for (Size k = j; k < end; ++k) {
+    const double* column = l + k * ldl;
+    side[k] /= column[k];
+    const double share = side[k];
+    for (Size i = k + 1; i < end; ++i) side[i] -= share * column[i];
+  }
 }
 
-/// The same of a backward solve.
+/// The part of a backward solve that belongs to columns j to end of the triangle.
 template <Size kSides>
 void SolveColumnsTransposed(Size n, Size j, Size end, const double* l, Size ldl, double* x,
                             Size ldx) {
@@ -178,11 +176,21 @@ void SolveColumnsTransposed(Size n, Size j, Size end, const double* l, Size ldl,
 /// all of them, and each gets the bits that it gets alone.
 void SolveLowerEach(Size n, const double* l, Size ldl, Size m, double* b, Size ldb) {
   constexpr Size kGroup = kDenseFewRightSides;
+  const Size step = m > kGroup ? kVectorRows : n;
   for (Size j = 0; j < n; j += kVectorBlock) {
     const Size end = Min(j + kVectorBlock, n);
-    Size s = 0;
-    for (; s + kGroup <= m; s += kGroup) SolveColumns<kGroup>(n, j, end, l, ldl, b + s * ldb, ldb);
-    for (; s < m; ++s) SolveColumns<1>(n, j, end, l, ldl, b + s * ldb, ldb);
+    for (Size s = 0; s < m; ++s) SolveTriangle(j, end, l, ldl, b + s * ldb);
+    for (Size i = end; i < n; i += step) {
+      const Size rows = Min(step, n - i);
+      const double* part = l + i + j * ldl;
+      Size s = 0;
+      for (; s + kGroup <= m; s += kGroup)
+        MultiplyVectors<kGroup>(rows, end - j, -1.0, part, ldl, b + j + s * ldb, ldb,
+                                b + i + s * ldb, ldb);
+      for (; s < m; ++s)
+        MultiplyVectors<1>(rows, end - j, -1.0, part, ldl, b + j + s * ldb, ldb, b + i + s * ldb,
+                           ldb);
+    }
   }
 }
 

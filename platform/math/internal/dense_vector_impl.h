@@ -83,13 +83,15 @@ QV_DENSE_INLINE void MultiplyVectors(Size n, Size m, double factor, const double
       for (Size s = 0; s < kSides; ++s) {
         const double* share = shares[s];
         double* to = y + s * ldy + i;
-        Store(to, Load(to) + ((Load(a0 + i) * share[0] + Load(a1 + i) * share[1]) +
-                              (Load(a2 + i) * share[2] + Load(a3 + i) * share[3])));
+        Store(to, (((Load(to) + Load(a0 + i) * share[0]) + Load(a1 + i) * share[1]) +
+                   Load(a2 + i) * share[2]) +
+                      Load(a3 + i) * share[3]);
       }
     for (; i < n; ++i)
       for (Size s = 0; s < kSides; ++s)
-        y[s * ldy + i] += (a0[i] * shares[s][0] + a1[i] * shares[s][1]) +
-                          (a2[i] * shares[s][2] + a3[i] * shares[s][3]);
+        y[s * ldy + i] = (((y[s * ldy + i] + a0[i] * shares[s][0]) + a1[i] * shares[s][1]) +
+                          a2[i] * shares[s][2]) +
+                         a3[i] * shares[s][3];
   }
   for (; j < m; ++j) {
     const double* column = a + j * lda;

@@ -66,6 +66,8 @@ class QVSTATS_EXPORT QVKrigeResultImpl : public QVKrigeResultBase {
   void Clear();
   /// The response and variance of these weights, if they are known.
   const std::optional<QVKrigeEstimate>& GetEstimate() const { return estimate_; }
+  /// All weights, one a point.
+  const double* GetWeights() const { return onDemand_ ? onDemand_->Get(query_) : weights_.data(); }
 
   bool Valid() const override;
   unsigned int GetNumElements() const override;
@@ -100,6 +102,9 @@ class QVSTATS_EXPORT QVKrigeResultImpl : public QVKrigeResultBase {
   std::optional<QVKrigeEstimate> estimate_;
   QVSystem::QVCowPtr<QVKrigeResultPoints> points_;
 };
+
+/// The weights of a result, one a point, for the price of one question.
+QVSTATS_EXPORT std::vector<double> QVGetKrigeWeights(const QVKrigeResultBase& result);
 
 }  // namespace QVStats
 

@@ -3,6 +3,7 @@
 #ifndef QV_PLATFORM_MATH_INTERNAL_DENSE_PRODUCT_IMPL_H
 #define QV_PLATFORM_MATH_INTERNAL_DENSE_PRODUCT_IMPL_H
 
+#include <cstdint>
 #include <cstdlib>
 
 #include "platform/math/dense_kernels.h"
@@ -94,29 +95,18 @@ template <Size kVectors>
 using TileOf = Vector[kVectors][kTileColumns];
 using Tile = TileOf<kRowVectors>;
 
-/// Adds the product of two strips to a tile; the terms of each stand a step apart, and `columns`
-/// says where in a term of B those of the tile stand.
-template <Size kVectors>
-QV_DENSE_INLINE void MultiplyTile(Size depth, const double* a, Step stepA, const double* b,
-                                  Step stepB, const Size (&columns)[kTileColumns],
-                                  TileOf<kVectors>& tile) {
-  for (Size k = 0; k < depth; ++k, a += stepA, b += stepB) {
-    Vector rows[kVectors];
+/// Adds the product of two packed strips to a tile.
+QV_DENSE_INLINE void MultiplyTile(Size depth, const double* a, const double* b, Tile& tile) {
+  for (Size k = 0; k < depth; ++k, a += kTileRows, b += kTileColumns) {
+    Vector rows[kRowVectors];
 #pragma GCC unroll 4
-    for (Size v = 0; v < kVectors; ++v) rows[v] = Load(a + v * kWidth);
+    for (Size v = 0; v < kRowVectors; ++v) rows[v] = Load(a + v * kWidth);
 #pragma GCC unroll 4
     for (Size j = 0; j < kTileColumns; ++j) {
 #pragma GCC unroll 4
-      for (Size v = 0; v < kVectors; ++v) tile[v][j] += rows[v] * b[columns[j]];
+      for (Size v = 0; v < kRowVectors; ++v) tile[v][j] += rows[v] * b[j];
     }
   }
-}
-
-/// The same for packed strips.
-QV_DENSE_INLINE void MultiplyTile(Size depth, const double* a, const double* b, Tile& tile) {
-  static_assert(kTileColumns == 4);
-  constexpr Size kInOrder[] = {0, 1, 2, 3};
-  MultiplyTile<kRowVectors>(depth, a, Signed(kTileRows), b, Signed(kTileColumns), kInOrder, tile);
 }
 
 /// Adds factor times the product of two packed strips to a whole tile of C.
@@ -240,82 +230,179 @@ void Multiply(Size m, Size n, Size depth, double factor, QVDenseView a, QVDenseV
 /// Matrices of at most this order take their rank updates from rows side by side: packing them into
 /// strips would cost more than it saves.
 constexpr Size kFewRows = 48;
-/// Terms of such an update that are copied together and stay in the L1 cache.
+/// Terms of such an update that are taken together and stay in the L1 cache.
 constexpr Size kFewRowsDepth = 64;
-static_assert(kTileColumns % kWidth == 0);
 
-/// Terms of an update of a small matrix: as they stand, and times their weights, each of these
-/// filled up with zeros to whole registers.
+/// Brings memory nearer, a little with each call. It may reach beyond what is there to read.
+class Prefetcher {
+ public:
+  Prefetcher(const double* from, Step bytes)
+      : at_(reinterpret_cast<std::uintptr_t>(from)), bytes_(static_cast<std::uintptr_t>(bytes)) {}
+  QV_DENSE_INLINE void Advance() {
+    __builtin_prefetch(reinterpret_cast<const void*>(at_));
+    at_ += bytes_;
+  }
+
+ private:
+  std::uintptr_t at_;
+  std::uintptr_t bytes_;
+};
+
+/// Terms of an update of a small matrix, the values of a term side by side: as they stand, and
+/// times their weights, which the tiles of the first columns fill in.
 struct FewRows {
   Size depth;
   const double* plain;
   Step plainStep;
-  const double* weighted;
+  const double* weights;
+  double* weighted;
   Step weightedStep;
 };
 
-/// Copies the terms of n values, times `weights` unless null.
-void CopyRows(QVDenseView a, Size n, Size depth, const double* weights, Size stride, double* out) {
-  for (Size k = 0; k < depth; ++k, out += stride) {
-    const double* from = a.data + Signed(k) * a.columnStep;
-    const double weight = weights ? weights[k] : 1.0;
-    Size i = 0;
-    for (; i + kWidth <= n; i += kWidth) Store(out + i, Load(from + i) * weight);
-    for (; i < n; ++i) out[i] = from[i] * weight;
-    for (; i < stride; ++i) out[i] = 0.0;
+/// Where a tile begins, and the first of its rows that no tile before it has covered.
+struct FewRowsPlace {
+  Size column;
+  Size row;
+  Size firstNew;
+};
+
+/// The products of kVectors registers of rows with kTileColumns columns; of columns that are not
+/// there, any.
+template <Size kVectors, bool kIsFirst>
+QV_DENSE_INLINE void MultiplyFewRows(const FewRows& terms, Size n, const FewRowsPlace& place,
+                                     TileOf<kVectors>& tile, Prefetcher& prefetcher) {
+  Size columns[kTileColumns];
+  for (Size j = 0; j < kTileColumns; ++j) columns[j] = Min(place.column + j, n - 1);
+  const double* plain = terms.plain;
+  const double* from = (kIsFirst ? terms.plain : terms.weighted) + place.row;
+  const Step step = kIsFirst ? terms.plainStep : terms.weightedStep;
+  double* to = terms.weighted + place.row;
+  Prefetcher ahead = prefetcher;
+#pragma GCC unroll 2
+  for (Size k = 0; k < terms.depth; ++k, from += step, plain += terms.plainStep) {
+    ahead.Advance();
+    Vector rows[kVectors];
+#pragma GCC unroll 4
+    for (Size v = 0; v < kVectors; ++v) rows[v] = Load(from + v * kWidth);
+    if (kIsFirst) {
+      const double weight = terms.weights[k];
+#pragma GCC unroll 4
+      for (Size v = 0; v < kVectors; ++v) Store(to + v * kWidth, rows[v] = rows[v] * weight);
+      to += terms.weightedStep;
+    }
+#pragma GCC unroll 4
+    for (Size j = 0; j < kTileColumns; ++j) {
+#pragma GCC unroll 4
+      for (Size v = 0; v < kVectors; ++v) tile[v][j] += rows[v] * plain[columns[j]];
+    }
   }
+  prefetcher = ahead;
 }
 
-/// Adds the terms to kVectors registers of rows and kTileColumns columns of the lower triangle.
-template <Size kVectors>
-void UpdateFewRows(const FewRows& terms, Size n, Size row, Size column, double* c, Size ldc) {
+/// Adds such products to what is new of the lower triangle.
+template <Size kVectors, bool kIsFirst>
+void UpdateFewRows(const FewRows& terms, Size n, const FewRowsPlace& place, double* c, Size ldc,
+                   Prefetcher& prefetcher) {
   TileOf<kVectors> tile = {};
-  Size columns[kTileColumns];
-  for (Size k = 0; k < kTileColumns; ++k) columns[k] = Min(column + k, n - 1);
-  MultiplyTile<kVectors>(terms.depth, terms.weighted + row, terms.weightedStep, terms.plain,
-                         terms.plainStep, columns, tile);
+  MultiplyFewRows<kVectors, kIsFirst>(terms, n, place, tile, prefetcher);
 #pragma GCC unroll 4
   for (Size k = 0; k < kTileColumns; ++k) {
-    const Size j = column + k;
+    const Size j = place.column + k;
     if (j >= n) break;
+    const Size top = Max(j, place.firstNew);
 #pragma GCC unroll 4
     for (Size v = 0; v < kVectors; ++v) {
-      const Size first = row + v * kWidth;
+      const Size first = place.row + v * kWidth;
       double* to = c + first + j * ldc;
       const Vector sums = tile[v][k];
-      if (first >= j && first + kWidth <= n)
+      if (first >= top)
         Store(to, Load(to) + sums);
       else
         for (Size r = 0; r < kWidth; ++r)
-          if (first + r >= j && first + r < n) to[r] += sums[r];
+          if (first + r >= top) to[r] += sums[r];
     }
   }
 }
 
-/// The rank update of a matrix of few rows, those of a term side by side.
-void UpdateSmall(Size n, Size depth, const double* weights, QVDenseView a, double* c, Size ldc) {
-  alignas(64) double weighted[kFewRowsDepth * kFewRows];
-  const Size stride = RoundUp(n, kTileColumns);
-  for (Size k = 0; k < depth; k += kFewRowsDepth) {
-    const QVDenseView block = Offset(a, 0, k);
-    const FewRows terms = {Min(kFewRowsDepth, depth - k), block.data, a.columnStep, weighted,
-                           Signed(stride)};
-    CopyRows(block, n, terms.depth, weights ? weights + k : nullptr, stride, weighted);
-    for (Size column = 0; column < n; column += kTileColumns)
-      for (Size row = column; row < stride;) {
-        const Size left = (stride - row) / kWidth;
-        const Size vectors = left == 4 ? 2 : Min(kRowVectors, left);  // a single one would wait
-        (vectors == kRowVectors ? UpdateFewRows<kRowVectors>
-         : vectors == 2         ? UpdateFewRows<2>
-                                : UpdateFewRows<1>)(terms, n, row, column, c, ldc);
-        row += vectors * kWidth;
-      }
+/// The registers of the next tile, for rows still to be covered: the last tile begins early enough
+/// to be whole. A single register would wait for its own sums.
+constexpr Size GetTileVectors(Size n, Size rowsLeft) {
+  const Size left = (rowsLeft + kWidth - 1) / kWidth;
+  return Min(left == 4 ? 2 : Min(kRowVectors, left), n / kWidth);
+}
+
+/// The tiles of kTileColumns columns.
+template <bool kIsFirst>
+void UpdateFewRowsColumns(const FewRows& terms, Size n, Size column, double* c, Size ldc,
+                          Prefetcher& prefetcher) {
+  for (Size row = column; row < n;) {
+    const Size vectors = GetTileVectors(n, n - row);
+    const FewRowsPlace place = {column, Min(row, n - vectors * kWidth), row};
+    (vectors == kRowVectors ? UpdateFewRows<kRowVectors, kIsFirst>
+     : vectors == 2         ? UpdateFewRows<2, kIsFirst>
+                            : UpdateFewRows<1, kIsFirst>)(terms, n, place, c, ldc, prefetcher);
+    row = place.row + vectors * kWidth;
   }
 }
 
+constexpr Size CountFewRowsTiles(Size n) {
+  Size tiles = 0;
+  for (Size column = 0; column < n; column += kTileColumns)
+    for (Size row = column; row < n; row += GetTileVectors(n, n - row) * kWidth) ++tiles;
+  return tiles;
+}
+
+/// The rank update of a matrix of few rows, those of a term side by side. While a block of terms is
+/// multiplied, the next one is fetched at an even pace: terms that come from memory then cost no
+/// more than those in a cache.
+void UpdateSmall(Size n, Size depth, const double* weights, QVDenseView a, double* c, Size ldc) {
+  alignas(64) double weighted[kFewRowsDepth * kFewRows];
+  double ones[kFewRowsDepth];
+  if (!weights)
+    for (double& one : ones) one = 1.0;
+  const Step fetched = a.columnStep * Step{sizeof(double)} / Signed(CountFewRowsTiles(n));
+  for (Size k = 0; k < depth; k += kFewRowsDepth) {
+    const Size terms = Min(kFewRowsDepth, depth - k);
+    const QVDenseView block = Offset(a, 0, k);
+    const FewRows rows = {terms,        block.data,
+                          a.columnStep, weights ? weights + k : ones,
+                          weighted,     Signed(RoundUp(n, kWidth))};
+    Prefetcher prefetcher(Offset(block, 0, terms).data, fetched);
+    UpdateFewRowsColumns<true>(rows, n, 0, c, ldc, prefetcher);
+    for (Size column = kTileColumns; column < n; column += kTileColumns)
+      UpdateFewRowsColumns<false>(rows, n, column, c, ldc, prefetcher);
+  }
+}
+
+/// The rank update of a matrix of kRows rows.
+template <Size kRows>
+void UpdateTiny(Size depth, const double* weights, QVDenseView a, double* c, Size ldc) {
+  double sums[kRows][kRows] = {};
+  for (Size k = 0; k < depth; ++k) {
+    const double* term = a.data + Signed(k) * a.columnStep;
+    const double weight = weights ? weights[k] : 1.0;
+    for (Size j = 0; j < kRows; ++j)
+      for (Size i = j; i < kRows; ++i) sums[j][i] += term[i] * weight * term[j];
+  }
+  for (Size j = 0; j < kRows; ++j)
+    for (Size i = j; i < kRows; ++i) c[j * ldc + i] += sums[j][i];
+}
+
 void RankUpdate(Size n, Size depth, const double* weights, QVDenseView a, double* c, Size ldc) {
-  if (n <= kFewRows && a.rowStep == 1) return UpdateSmall(n, depth, weights, a, c, ldc);
-  AddProduct(Workspace(n, n, depth), n, n, depth, 1.0, a, a, c, ldc, 0, weights);
+  if (n == 0 || depth == 0) return;
+  if (n > kFewRows || a.rowStep != 1)
+    return AddProduct(Workspace(n, n, depth), n, n, depth, 1.0, a, a, c, ldc, 0, weights);
+  static_assert(kWidth <= 4);
+  switch (n) {  // below 4 there may be no whole register of rows
+    case 1:
+      return UpdateTiny<1>(depth, weights, a, c, ldc);
+    case 2:
+      return UpdateTiny<2>(depth, weights, a, c, ldc);
+    case 3:
+      return UpdateTiny<3>(depth, weights, a, c, ldc);
+    default:
+      return UpdateSmall(n, depth, weights, a, c, ldc);
+  }
 }
 
 }  // namespace

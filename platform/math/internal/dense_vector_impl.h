@@ -46,6 +46,7 @@ QV_DENSE_INLINE Vector SumsOf(const Vector* x) {
 }
 
 constexpr Size Min(Size a, Size b) { return a < b ? a : b; }
+constexpr Size Max(Size a, Size b) { return a > b ? a : b; }
 constexpr Size RoundUp(Size n, Size multiple) { return (n + multiple - 1) / multiple * multiple; }
 constexpr Step Signed(Size n) { return static_cast<Step>(n); }
 

@@ -47,8 +47,8 @@ std::vector<double> TakeNumbers(const std::vector<double>& scores, bool higherIs
   return numbers;
 }
 
-/// Sorted numbers with an index of equal intervals over their range, so that a look-up touches a
-/// few of them only.
+/// Numbers grouped by equal intervals over their range, so that a look-up touches a few of them
+/// only.
 class IntervalIndex {
  public:
   /// Numbers that are not a number are left out.
@@ -69,24 +69,55 @@ class IntervalIndex {
 
   std::size_t Size() const { return size_; }
 
-  /// \return the number of values below `x`, twice, plus the number of values equal to it.
-  std::uint64_t CountHalvesBelow(double x) const {
-    const std::size_t k = FindInterval(x);
-    const std::size_t from = starts_[k], to = starts_[k + 1];
-    if (to - from > kWindow) {
-      const auto [low, high] =
-          std::equal_range(sorted_.begin() + Offset(from), sorted_.begin() + Offset(to), x);
-      return static_cast<std::uint64_t>((low - sorted_.begin()) + (high - sorted_.begin()));
+  /// What a set of probes counts.
+  struct Halves {
+    std::uint64_t probes = 0;  // those that are numbers
+    std::uint64_t sum = 0;     // for each, twice the values below it plus the values equal to it
+  };
+
+  /// The probes of a block look up intervals, values and counts by turns, so that they wait for
+  /// memory together.
+  Halves CountHalvesBelow(const std::vector<double>& values) const {
+    constexpr std::size_t kBlock = 64;
+    Halves halves;
+    double probes[kBlock];
+    std::size_t intervals[kBlock];
+    for (auto value = values.begin(); value != values.end();) {
+      std::size_t size = 0;
+      for (; size < kBlock && value != values.end(); ++value)
+        if (!std::isnan(*value)) probes[size++] = *value;
+      for (std::size_t i = 0; i < size; ++i) {
+        intervals[i] = FindInterval(probes[i]);
+        __builtin_prefetch(&starts_[intervals[i]]);
+      }
+      for (std::size_t i = 0; i < size; ++i) {
+        const double* const window = &grouped_[starts_[intervals[i]]];
+        __builtin_prefetch(window);
+        __builtin_prefetch(window + kWindow - 1);
+      }
+      for (std::size_t i = 0; i < size; ++i)
+        halves.sum += CountHalvesBelow(probes[i], intervals[i]);
+      halves.probes += size;
     }
-    // All values behind the interval are above x: a window of fixed width needs no branches.
-    std::uint64_t halves = 2 * from;
-    for (std::size_t i = from; i < from + kWindow; ++i)
-      halves += static_cast<std::uint64_t>(sorted_[i] < x) + (sorted_[i] <= x);
     return halves;
   }
 
  private:
   static constexpr std::size_t kWindow = 8;
+
+  std::uint64_t CountHalvesBelow(double x, std::size_t interval) const {
+    const std::size_t from = starts_[interval], to = starts_[interval + 1];
+    if (to - from > kWindow) {
+      const auto [low, high] =
+          std::equal_range(grouped_.begin() + Offset(from), grouped_.begin() + Offset(to), x);
+      return static_cast<std::uint64_t>((low - grouped_.begin()) + (high - grouped_.begin()));
+    }
+    // All values behind the interval are above x: a window of fixed width needs no branches.
+    std::uint64_t halves = 2 * from;
+    for (std::size_t i = from; i < from + kWindow; ++i)
+      halves += static_cast<std::uint64_t>(grouped_[i] < x) + (grouped_[i] <= x);
+    return halves;
+  }
 
   static std::ptrdiff_t Offset(std::size_t i) { return static_cast<std::ptrdiff_t>(i); }
 
@@ -102,17 +133,19 @@ class IntervalIndex {
     std::partial_sum(starts_.begin(), starts_.end(), starts_.begin());
     std::vector<std::uint32_t> next(starts_.begin(), starts_.end() - 1);
     size_ = numbers.size();
-    sorted_.assign(size_ + kWindow, kNaN);  // what a window reads past the end counts for nothing
-    for (const double x : numbers) sorted_[next[FindInterval(x)]++] = x;
+    grouped_.assign(size_ + kWindow, kNaN);  // what a window reads past the end counts for nothing
+    for (const double x : numbers) grouped_[next[FindInterval(x)]++] = x;
+    // What a window holds needs no order.
     for (std::size_t k = 0; k + 1 < starts_.size(); ++k)
-      std::sort(sorted_.begin() + Offset(starts_[k]), sorted_.begin() + Offset(starts_[k + 1]));
+      if (starts_[k + 1] - starts_[k] > kWindow)
+        std::sort(grouped_.begin() + Offset(starts_[k]), grouped_.begin() + Offset(starts_[k + 1]));
   }
 
   double low_ = 0.0;
   double scale_ = 0.0;
   std::size_t size_ = 0;
   std::vector<std::uint32_t> starts_;  // of each interval, with the end at the back
-  std::vector<double> sorted_;
+  std::vector<double> grouped_;
 };
 
 /// Sums, over all pairs of numbers, 2 where the first is above the second and 1 where they are
@@ -121,13 +154,8 @@ std::uint64_t CountHalves(const std::vector<double>& first, const std::vector<do
   const bool indexSecond = second.size() <= first.size();
   const IntervalIndex index(indexSecond ? second : first);
   if (index.Size() == 0) return 0;
-  std::uint64_t halves = 0, probes = 0;
-  for (const double x : indexSecond ? first : second) {
-    if (std::isnan(x)) continue;
-    ++probes;
-    halves += index.CountHalvesBelow(x);
-  }
-  return indexSecond ? halves : 2 * probes * index.Size() - halves;
+  const auto halves = index.CountHalvesBelow(indexSecond ? first : second);
+  return indexSecond ? halves.sum : 2 * halves.probes * index.Size() - halves.sum;
 }
 
 /// For each score, the share of `others` that it beats, ties counting one half.

@@ -45,69 +45,47 @@ double LogLogistic(double z) { return std::min(z, 0.0) - std::log1p(std::exp(-st
 
 bool IsLogistic(unsigned int type) { return type == QVBinaryRegressionType::Logistic; }
 
-/// What a block of observations adds: the log-likelihood, and V and W of each. Blocks are always
-/// full: the last is filled up with observations that are certain, t = y z = kCertain, for which
-/// all three are 0.
+/// What a block of observations adds: the log-likelihood, and V and W of each.
 class LinkBlock {
  public:
   // These rows of some dozens of predictors stay in the L1 cache.
   static constexpr std::size_t kSize = 64;
-  static constexpr double kCertain = 1000.0;
 
-  /// Fills v and w from z and y. \return the log-likelihood.
-  double Evaluate(unsigned int type, const double* y) {
-    for (std::size_t i = 0; i < kSize; ++i) t_[i] = y[i] * z[i];
-    return IsLogistic(type) ? EvaluateLogistic(y) : EvaluateProbit(y);
+  /// Fills v and w from the first n of z and y. \return the log-likelihood.
+  double Evaluate(unsigned int type, std::size_t n, const double* y) {
+    return IsLogistic(type) ? kernels_.logisticTerms(n, y, z, v, w) : EvaluateProbit(n, y);
   }
 
   double z[kSize], v[kSize], w[kSize];
 
  private:
-  double EvaluateLogistic(const double* y) {
-    // e = exp(-|t|) serves F(t) = 1 / (1 + exp(-t)), its complement and log F(t).
-    double e[kSize];
-    for (std::size_t i = 0; i < kSize; ++i) e[i] = -std::abs(t_[i]);
-    kernels_.exp(kSize, e, e);
-    for (std::size_t i = 0; i < kSize; ++i) {
-      const double small = e[i] / (1.0 + e[i]);  // F(-|t|)
-      v[i] = y[i] * (t_[i] > 0.0 ? small : 1.0 - small);
-      w[i] = small * (1.0 - small);
+  double EvaluateProbit(std::size_t n, const double* y) {
+    double t[kSize], tail[kSize], r[kSize], logs[kSize];
+    for (std::size_t i = 0; i < n; ++i) {
+      t[i] = y[i] * z[i];
+      tail[i] = -kHalfRoot * t[i];
+      r[i] = -0.5 * t[i] * t[i];
     }
-    // log F(t) = min(t, 0) - log(1 + e), with one logarithm for the product of four.
-    constexpr std::size_t kQuarter = kSize / 4;
-    double logs[kQuarter];
-    for (std::size_t i = 0; i < kQuarter; ++i)
-      logs[i] = ((1.0 + e[i]) * (1.0 + e[i + kQuarter])) *
-                ((1.0 + e[i + 2 * kQuarter]) * (1.0 + e[i + 3 * kQuarter]));
-    kernels_.log(kQuarter, logs, logs);
-    return QVSumTerms(0, kSize, [&](std::size_t i) { return std::min(t_[i], 0.0); }) -
-           QVSumTerms(0, kQuarter, [&](std::size_t i) { return logs[i]; });
-  }
-
-  double EvaluateProbit(const double* y) {
-    double tail[kSize], r[kSize], logs[kSize];
-    for (std::size_t i = 0; i < kSize; ++i) tail[i] = -kHalfRoot * t_[i];
-    kernels_.erfc(kSize, tail, tail);
-    for (std::size_t i = 0; i < kSize; ++i) r[i] = -0.5 * t_[i] * t_[i];
-    kernels_.exp(kSize, r, r);
-    for (std::size_t i = 0; i < kSize; ++i) r[i] *= kRatioFactor / tail[i];
-    for (std::size_t i = 0; i < kSize; ++i) logs[i] = 0.5 * tail[i];
-    kernels_.log(kSize, logs, logs);
-    if (*std::min_element(t_, t_ + kSize) < kRangeOfPhi)
-      for (std::size_t i = 0; i < kSize; ++i)
-        if (t_[i] < kRangeOfPhi) {
-          r[i] = HazardRatio(t_[i]);
-          logs[i] = LogPhi(t_[i]);
-        }
-    for (std::size_t i = 0; i < kSize; ++i) {
+    kernels_.erfc(n, tail, tail);
+    kernels_.exp(n, r, r);
+    for (std::size_t i = 0; i < n; ++i) {
+      r[i] *= kRatioFactor / tail[i];
+      logs[i] = 0.5 * tail[i];
+    }
+    kernels_.log(n, logs, logs);
+    for (std::size_t i = 0; i < n; ++i)
+      if (t[i] < kRangeOfPhi) {
+        r[i] = HazardRatio(t[i]);
+        logs[i] = LogPhi(t[i]);
+      }
+    for (std::size_t i = 0; i < n; ++i) {
       v[i] = y[i] * r[i];
-      w[i] = (t_[i] + r[i]) * r[i];
+      w[i] = (t[i] + r[i]) * r[i];
     }
-    return QVSumTerms(0, kSize, [&](std::size_t i) { return logs[i]; });
+    return QVSumTerms(0, n, [&](std::size_t i) { return logs[i]; });
   }
 
   const QVMath::QVDenseKernels& kernels_ = QVMath::QVGetDenseKernels();
-  double t_[kSize];
 };
 
 }  // namespace
@@ -160,11 +138,7 @@ QVRegressionLogLikelihoodOpt::QVRegressionLogLikelihoodOpt(unsigned int p, unsig
 QVRegressionLogLikelihoodOpt::QVRegressionLogLikelihoodOpt(
     unsigned int p, unsigned int n, unsigned int regressionType,
     std::shared_ptr<const std::vector<double>> predictors, const std::vector<int>& outcomes)
-    : p_(p),
-      n_(n),
-      type_(regressionType),
-      predictors_(std::move(predictors)),
-      outcomes_((n + LinkBlock::kSize - 1) / LinkBlock::kSize * LinkBlock::kSize, 1.0) {
+    : p_(p), n_(n), type_(regressionType), predictors_(std::move(predictors)), outcomes_(n, 1.0) {
   std::copy_n(outcomes.begin(), std::min<std::size_t>(n, outcomes.size()), outcomes_.begin());
 }
 
@@ -184,9 +158,8 @@ double QVRegressionLogLikelihoodOpt::Accumulate(const double* w, double* gradien
     const std::size_t rows = std::min(LinkBlock::kSize, n_ - first);
     const double* const x = predictors_->data() + first * p;
     std::fill(block.z, block.z + rows, 0.0);
-    std::fill(block.z + rows, block.z + LinkBlock::kSize, LinkBlock::kCertain);
     kernels.multiplyTransposed(p, rows, 1.0, x, p, w, block.z);
-    logLikelihood += block.Evaluate(type_, outcomes_.data() + first);
+    logLikelihood += block.Evaluate(type_, rows, outcomes_.data() + first);
     if (gradient) kernels.multiplyVector(p, rows, 1.0, x, p, block.v, gradient);
     if (information)
       kernels.rankUpdate(p, rows, block.w, {x, 1, static_cast<std::ptrdiff_t>(p)}, information, p);

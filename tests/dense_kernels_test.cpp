@@ -258,6 +258,34 @@ TEST_P(DenseKernels, ComplementaryErrorFunctionKeepsItsDigitsInTheTail) {
   EXPECT_TRUE(std::isnan(at[0]));
 }
 
+TEST_P(DenseKernels, LogisticTermsKeepTheirDigitsOnBothSides) {
+  for (const std::size_t n : {1, 16, 37, 64}) {
+    std::vector<double> y(n), z(n), slopes(n), weights(n);
+    long double sum = 0.0L;
+    for (std::size_t i = 0; i < n; ++i) {
+      y[i] = i % 3 == 0 ? -1.0 : 1.0;
+      z[i] = std::pow(-1.3, static_cast<double>(i) - 12.0);
+      sum += -std::log1p(std::exp(static_cast<long double>(-y[i] * z[i])));
+    }
+    EXPECT_NEAR(kernels_->logisticTerms(n, y.data(), z.data(), slopes.data(), weights.data()) / sum,
+                1.0, 4e-16 * 8)
+        << n;
+    for (std::size_t i = 0; i < n; ++i) {
+      const long double rest = 1 / (1 + std::exp(static_cast<long double>(y[i] * z[i])));
+      const long double slope = y[i] * rest, weight = rest / (1 + std::exp(-y[i] * z[i]));
+      EXPECT_NEAR(slopes[i], slope, 1e-15 * std::abs(slope) + 1e-307) << z[i];
+      EXPECT_NEAR(weights[i], weight, 1e-15 * weight + 1e-307) << z[i];
+    }
+  }
+  const double infinity = std::numeric_limits<double>::infinity(), y[] = {1.0, 1.0, -1.0};
+  const double certain[] = {infinity, 800.0, -800.0}, wrong[] = {1.0, -infinity, 1.0};
+  const double undefined[] = {1.0, std::nan(""), 1.0};
+  double slopes[3], weights[3];
+  EXPECT_EQ(kernels_->logisticTerms(3, y, certain, slopes, weights), 0.0);
+  EXPECT_EQ(kernels_->logisticTerms(3, y, wrong, slopes, weights), -infinity);
+  EXPECT_TRUE(std::isnan(kernels_->logisticTerms(3, y, undefined, slopes, weights)));
+}
+
 // The geometric series; what its 64 terms do not complete is NaN.
 TEST_P(DenseKernels, SeriesAreCompleteOrNaN) {
   const std::vector<double> ones(64, 1.0);

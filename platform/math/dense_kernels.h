@@ -100,6 +100,12 @@ struct QVDenseKernels {
   void (*log)(std::size_t n, const double* x, double* y);
   /// y_i = 1 - erf(x_i), within 4 units in the last place; what is subnormal may be 0.
   void (*erfc)(std::size_t n, const double* x, double* y);
+  /// The terms of a logistic log-likelihood, for outcomes y_i of 1 or -1 and linear predictors z_i:
+  /// the slope F(-t_i) y_i and the weight F(t_i) F(-t_i), t_i = y_i z_i, F(t) = 1 / (1 + exp(-t)).
+  /// What is below 1e-307 counts as at most that.
+  /// \return the sum of log F(t_i).
+  double (*logisticTerms)(std::size_t n, const double* y, const double* z, double* slopes,
+                          double* weights);
   /// y_i = sum_k c_k x_i^k over `size` terms, a multiple of 4, with coefficients and arguments that
   /// are not negative: complete to rounding, or NaN where more terms are needed.
   void (*sumSeries)(std::size_t size, const double* coefficients, std::size_t n, const double* x,

@@ -89,7 +89,7 @@ class QVSTATS_EXPORT QVRegressionLogLikelihoodOpt : public QVOpt::QVFunc2 {
   unsigned int n_;
   unsigned int type_;
   std::shared_ptr<const std::vector<double>> predictors_;
-  std::vector<double> outcomes_;  // filled up with ones to whole blocks
+  std::vector<double> outcomes_;
   // Where second derivatives were asked for last, and their negatives: a minimiser's last step is
   // where standard errors are wanted.
   std::vector<double> lastPoint_;

@@ -162,6 +162,51 @@ void ErfcArray(Size n, const double* x, double* y) {
       n, x, y, [](Vector v) __attribute__((always_inline)) { return Erfc(v); });
 }
 
+/// Registers whose factors 1 + exp(-|t|) share a logarithm: their product is at most 16.
+constexpr Size kLogisticGroup = 4;
+
+/// The terms of a group. \return log F(t), lane by lane.
+QV_DENSE_INLINE Vector AddLogisticTerms(const double* y, const double* z, double* slopes,
+                                        double* weights) {
+  constexpr long long kSignBit = ~0x7FFFFFFFFFFFFFFFLL;
+  Vector product = All(1.0), negative = All(0.0);
+#pragma GCC unroll 4
+  for (Size g = 0; g < kLogisticGroup; ++g) {
+    const Vector outcome = Load(y + g * kWidth);
+    const Vector t = outcome * Load(z + g * kWidth);
+    const Vector e = ExpOfNegative(ValueOf(BitsOf(t) | kSignBit));
+    const Vector small = e / (1.0 + e);  // F(-|t|)
+    const Vector large = 1.0 - small;
+    Store(slopes + g * kWidth, outcome * (t > 0.0 ? small : large));
+    Store(weights + g * kWidth, small * large);
+    product *= 1.0 + e;
+    negative += t < 0.0 ? t : All(0.0);
+  }
+  return negative - Log(product);
+}
+
+/// log F(t) = min(t, 0) - log(1 + exp(-|t|)), with one logarithm for the product of four.
+double LogisticTerms(Size n, const double* y, const double* z, double* slopes, double* weights) {
+  constexpr Size kTogether = kLogisticGroup * kWidth;
+  constexpr double kCertain = 1000.0;  // adds nothing
+  Vector sum = All(0.0);
+  Size i = 0;
+  for (; i + kTogether <= n; i += kTogether)
+    sum += AddLogisticTerms(y + i, z + i, slopes + i, weights + i);
+  if (i == n) return SumOf(sum);
+  double restY[kTogether], restZ[kTogether], restSlopes[kTogether], restWeights[kTogether];
+  for (Size r = 0; r < kTogether; ++r) {
+    restY[r] = i + r < n ? y[i + r] : 1.0;
+    restZ[r] = i + r < n ? z[i + r] : kCertain;
+  }
+  sum += AddLogisticTerms(restY, restZ, restSlopes, restWeights);
+  for (Size r = 0; i + r < n; ++r) {
+    slopes[i + r] = restSlopes[r];
+    weights[i + r] = restWeights[r];
+  }
+  return SumOf(sum);
+}
+
 /// Registers whose series are summed together, to keep the multipliers busy.
 constexpr Size kSeriesGroup = 4;
 

@@ -32,6 +32,7 @@ const QVDenseKernels kKernels = {
     ExpArray,
     LogArray,
     ErfcArray,
+    LogisticTerms,
     SumSeries,
     SumMixture,
     Tridiagonalise,

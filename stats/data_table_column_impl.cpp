@@ -50,6 +50,13 @@ std::size_t CountElements(std::size_t numRows, std::size_t numColumnsInCol, bool
   return lowerTriangular ? numRows * (numRows + 1) / 2 : numRows * numColumnsInCol;
 }
 
+/// Where a lower triangle, row after row, keeps an element or its mirror image.
+std::size_t GetTriangleIndex(std::size_t row, std::size_t col) {
+  const std::size_t high = std::max(row, col);
+  // The index of a row beyond 2^32 may not fit, and no such element can exist.
+  return high >> 32 ? BadIndex : high * (high + 1) / 2 + std::min(row, col);
+}
+
 /// Room to reserve for a number of rows that the caller only expects.
 std::size_t GetRoom(std::size_t numRows, std::size_t numColumnsInCol, bool lowerTriangular) {
   constexpr std::size_t kMaxRoom = std::size_t{1} << 28;
@@ -113,11 +120,7 @@ QVDataTableColBase::~QVDataTableColBase() = default;
 
 std::size_t QVDataTableColBase::GetDataTableColIndex(std::size_t row, std::size_t col) const {
   if (col >= numColumnsInCol_) return BadIndex;
-  if (lowerTriangular_) {
-    const std::size_t high = std::max(row, col);
-    // The index of a row beyond 2^32 may not fit, and no such element can exist.
-    return high >> 32 ? BadIndex : high * (high + 1) / 2 + std::min(row, col);
-  }
+  if (lowerTriangular_) return GetTriangleIndex(row, col);
   if (row > (BadIndex - col) / numColumnsInCol_) return BadIndex;
   return row * numColumnsInCol_ + col;
 }
@@ -357,10 +360,16 @@ void QVDataTableColOfValues<Value>::ReadBulk(const QVRowNumbers& rows, std::size
   }
   if (!ColIsSparse()) {
     const std::size_t size = values_.size();
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-      const std::size_t index = GetDataTableColIndex(rows[i], col);
-      values[i] = index < size ? convert(values_[index]) : badIndex;
-    }
+    const auto read = [&](auto getIndex) {
+      for (std::size_t i = 0; i < rows.size(); ++i) {
+        const std::size_t index = getIndex(rows[i]);
+        values[i] = index < size ? convert(values_[index]) : badIndex;
+      }
+    };
+    if (ColIsLowerTriangular() && col < GetNumColumnsInCol())
+      read([col](std::size_t row) { return GetTriangleIndex(row, col); });
+    else
+      read([this, col](std::size_t row) { return GetDataTableColIndex(row, col); });
     return;
   }
   for (std::size_t i = 0; i < rows.size(); ++i) {

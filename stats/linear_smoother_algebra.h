@@ -5,11 +5,11 @@
 
 #include <Eigen/Core>
 #include <cmath>
-#include <numeric>
 #include <vector>
 
 #include "platform/math/dense_kernels.h"
 #include "stats/api/linear_smoother_impl.h"
+#include "stats/sample_sums.h"
 
 namespace QVStats {
 
@@ -36,9 +36,13 @@ inline double QVDot(const double* x, const double* y, Eigen::Index n) {
   return QVMath::QVGetDenseKernels().dot(static_cast<std::size_t>(n), x, y);
 }
 
-/// The mean of n values, the same bits wherever they stand in memory.
+/// The sum of n values, the same bits wherever they stand in memory.
+inline double QVSum(const double* x, std::size_t n) {
+  return QVSumTerms(0, n, [x](std::size_t i) { return x[i]; });
+}
+
 inline double QVMean(const double* x, Eigen::Index n) {
-  return std::accumulate(x, x + n, 0.0) / static_cast<double>(n);
+  return QVSum(x, static_cast<std::size_t>(n)) / static_cast<double>(n);
 }
 
 /// Simple kriging around the mean m of the responses y: the weights C^-1 (y - m), from the Cholesky

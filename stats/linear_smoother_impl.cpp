@@ -79,6 +79,10 @@ std::string QVLinearSmootherOnSimilarityBase::GetResultOfConstructor() const {
 
 QVStatModelResult QVLinearSmootherOnSimilarityBase::CheckSimilarities(
     const SimilarityRange& range, const char* where, const double* similarities) const {
+  std::size_t numBad = 0;  // counted without branches first: bad ones are rare
+  for (std::size_t i = 0; i < rows_.size(); ++i)
+    numBad += static_cast<std::size_t>(similarities[i] < 0.0) + (similarities[i] > range.upper);
+  if (numBad == 0) return true;
   for (std::size_t i = 0; i < rows_.size(); ++i) {
     const double s = similarities[i];
     if (s < 0.0 || s > range.upper)
@@ -220,24 +224,26 @@ void QVLinearSmootherOnSimilarityBase::GatherSimilarities(const QVDataTableCol& 
                                                           const std::size_t* rows,
                                                           std::size_t count,
                                                           Eigen::MatrixXd& similarities) const {
-  const auto n = static_cast<Eigen::Index>(rows_.size());
-  similarities.resize(n, static_cast<Eigen::Index>(count));
+  const std::size_t n = rows_.size();
+  similarities.resize(static_cast<Eigen::Index>(n), static_cast<Eigen::Index>(count));
+  constexpr std::size_t kRows = 64;
   if (column.ColIsLowerTriangular()) {
-    for (std::size_t object = 0; object < count; ++object)
-      column.GetImpl()->GetDoubles(QVRowNumbers(rows_), rows[object],
-                                   similarities.col(static_cast<Eigen::Index>(object)).data());
+    // Below the diagonal the values of a row stand together: some rows at a time stay in the cache.
+    for (std::size_t first = 0; first < n; first += kRows) {
+      const QVRowNumbers training(rows_.data() + first, std::min(kRows, n - first));
+      for (std::size_t object = 0; object < count; ++object)
+        column.GetImpl()->GetDoubles(training, rows[object],
+                                     similarities.data() + object * n + first);
+    }
     return;
   }
-  // A plain column stores the values of a row together: some rows at a time stay in the cache.
-  constexpr std::size_t kRows = 64;
+  // So do those of a plain column.
   double values[kRows];
   for (std::size_t first = 0; first < count; first += kRows) {
     const std::size_t size = std::min(kRows, count - first);
-    for (Eigen::Index i = 0; i < n; ++i) {
-      column.GetImpl()->GetDoubles(QVRowNumbers(rows + first, size),
-                                   rows_[static_cast<std::size_t>(i)], values);
-      for (std::size_t k = 0; k < size; ++k)
-        similarities(i, static_cast<Eigen::Index>(first + k)) = values[k];
+    for (std::size_t i = 0; i < n; ++i) {
+      column.GetImpl()->GetDoubles(QVRowNumbers(rows + first, size), rows_[i], values);
+      for (std::size_t k = 0; k < size; ++k) similarities.data()[(first + k) * n + i] = values[k];
     }
   }
 }
@@ -251,7 +257,7 @@ QVStatModelResult QVLinearSmootherOnSimilarityBase::GetPredictedResponseCols(
   const QVDataTableCol similarity = table.GetColumnFromName(result, similarityColName_);
   if (QVFailedIn(result, where)) return result;
 
-  constexpr std::size_t kBlock = 512;
+  constexpr std::size_t kBlock = 1024;
   const std::vector<std::size_t> rows = table.GetRowNumbers();
   QVSimilarityPredictions all;
   Eigen::MatrixXd similarities;

@@ -1,9 +1,11 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/math/dense_kernels.h"
 #include "stats/api/linear_smoother_impl.h"
 #include "stats/api/stats_data_types.h"
 #include "stats/failure.h"
+#include "stats/linear_smoother_algebra.h"
 
 namespace QVStats {
 
@@ -96,20 +98,28 @@ QVStatModelResult QVKernelRegressionOnSimilarity::GetPredictedResponses(
   const std::size_t n = GetTrainingRows().size();
   const QVDataTableCol& column = GetTrainingTable().GetColumnFromName(responseColName_);
   const std::vector<double> y = column.GetDoubles(QVRowNumbers(GetTrainingRows()));
+  const QVStatModelResult responsesAreGood = CheckResponses(y, n);
+  std::vector<double> squares = y;
+  for (double& square : squares) square *= square;
+  const QVMath::QVDenseKernels& dense = QVMath::QVGetDenseKernels();
   QVSimilarityPredictions all;
   std::vector<double> weights(n);
   for (Eigen::Index object = 0; object < similarities.cols(); ++object) {
     const double* s = similarities.col(object).data();
-    // Rows are checked in order, similarity first: the first bad cell decides.
-    const std::size_t numGood = static_cast<std::size_t>(
-        std::find_if(s, s + n, [](double value) { return value < 0.0 || value > 1.0; }) - s);
-    result = CheckResponses(y, numGood);
-    if (result.NotSuccessful()) return result;
-    if (numGood < n) return CheckSimilarities(range, kPredict, s);
+    result = CheckSimilarities(range, kPredict, s);
+    if (responsesAreGood.NotSuccessful() || result.NotSuccessful()) {
+      // Rows are checked in order, similarity first: the first bad cell decides.
+      const std::size_t numGood = static_cast<std::size_t>(
+          std::find_if(s, s + n, [](double value) { return value < 0.0 || value > 1.0; }) - s);
+      const QVStatModelResult before = CheckResponses(y, numGood);
+      return before.NotSuccessful() ? before : result;
+    }
     if (n == 0) return QVFailure(Failure::NoData, kPredict) << "Similarity column has no data!";
     kernel_.GetValues(s, n, params_[0], weights.data());
-    Moments sums;
-    for (std::size_t i = 0; i < n; ++i) sums.Add(weights[i] + kLeastWeight, y[i]);
+    for (double& weight : weights) weight += kLeastWeight;
+    const Moments sums = {QVSum(weights.data(), weights.size()),
+                          dense.dot(n, weights.data(), y.data()),
+                          dense.dot(n, weights.data(), squares.data())};
     AppendPrediction(all, sums, static_cast<double>(n));
   }
   predictions = std::move(all);

@@ -226,24 +226,25 @@ void QVLinearSmootherOnSimilarityBase::GatherSimilarities(const QVDataTableCol& 
                                                           Eigen::MatrixXd& similarities) const {
   const std::size_t n = rows_.size();
   similarities.resize(static_cast<Eigen::Index>(n), static_cast<Eigen::Index>(count));
-  constexpr std::size_t kRows = 64;
-  if (column.ColIsLowerTriangular()) {
-    // Below the diagonal the values of a row stand together: some rows at a time stay in the cache.
-    for (std::size_t first = 0; first < n; first += kRows) {
-      const QVRowNumbers training(rows_.data() + first, std::min(kRows, n - first));
-      for (std::size_t object = 0; object < count; ++object)
-        column.GetImpl()->GetDoubles(training, rows[object],
-                                     similarities.data() + object * n + first);
-    }
-    return;
-  }
-  // So do those of a plain column.
-  double values[kRows];
-  for (std::size_t first = 0; first < count; first += kRows) {
-    const std::size_t size = std::min(kRows, count - first);
-    for (std::size_t i = 0; i < n; ++i) {
-      column.GetImpl()->GetDoubles(QVRowNumbers(rows + first, size), rows_[i], values);
-      for (std::size_t k = 0; k < size; ++k) similarities.data()[(first + k) * n + i] = values[k];
+  // Tile by tile, so that what is read and written stays in the cache. A row of a triangle stands
+  // together, up to its diagonal: the row of the objects or that of the training rows, whichever is
+  // lower. A plain column is read by training rows.
+  constexpr std::size_t kRows = 64, kObjects = 256;
+  double values[kObjects];
+  for (std::size_t object = 0; object < count; object += kObjects) {
+    const QVRowNumbers objects(rows + object, std::min(kObjects, count - object));
+    for (std::size_t row = 0; row < n; row += kRows) {
+      const QVRowNumbers training(rows_.data() + row, std::min(kRows, n - row));
+      double* const tile = similarities.data() + object * n + row;
+      if (column.ColIsLowerTriangular() && objects[0] > training[0]) {
+        for (std::size_t k = 0; k < objects.size(); ++k)
+          column.GetImpl()->GetDoubles(training, objects[k], tile + k * n);
+        continue;
+      }
+      for (std::size_t i = 0; i < training.size(); ++i) {
+        column.GetImpl()->GetDoubles(objects, training[i], values);
+        for (std::size_t k = 0; k < objects.size(); ++k) tile[k * n + i] = values[k];
+      }
     }
   }
 }

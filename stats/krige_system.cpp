@@ -94,6 +94,13 @@ MatrixXd MakeBorder(const MatrixXd& properties, Index points) {
 
 std::size_t Count(Index n) { return static_cast<std::size_t>(n); }
 
+/// A matrix, not yet filled, that is read by rows and by columns.
+MatrixXd MakeLargeMatrix(Index rows, Index columns) {
+  MatrixXd matrix(rows, columns);
+  QVSystem::QVPreferLargePages(matrix.data(), Count(matrix.size()) * sizeof(double));
+  return matrix;
+}
+
 /// K = L L' with one factor, and the border through its Schur complement.
 class CholeskySystem : public QVKrigeSystem {
  public:
@@ -107,7 +114,8 @@ class CholeskySystem : public QVKrigeSystem {
   /// Whether the Schur complement of `border` is safely positive definite; it is not when columns
   /// of the border depend on each other.
   bool SetBorder(MatrixXd border) {
-    SolveForward(border);
+    // In matrix products so few columns would be mostly padding.
+    SolveForwardEach(border);
     half_ = std::move(border);
     const MatrixXd schur = half_.transpose() * half_;
     const VectorXd scale = schur.diagonal().cwiseSqrt().cwiseInverse();
@@ -134,11 +142,7 @@ class CholeskySystem : public QVKrigeSystem {
   Eigen::Matrix2Xd SolveMoments(const MatrixXd& borderRows, MatrixXd& c, bool each) const override {
     Eigen::Matrix2Xd moments(2, borderRows.cols());
     for (Index q = 0; q < moments.cols(); ++q) moments(0, q) = Dot(alpha_.data(), c.col(q).data());
-    if (each)
-      kernels_.solveLowerEach(Count(c.rows()), factor_.data(), Count(c.rows()), Count(c.cols()),
-                              c.data(), Count(c.rows()));
-    else
-      SolveForward(c);
+    each ? SolveForwardEach(c) : SolveForward(c);
     for (Index q = 0; q < moments.cols(); ++q) {
       double* z = c.col(q).data();
       moments(1, q) = Dot(z, z);
@@ -178,6 +182,11 @@ class CholeskySystem : public QVKrigeSystem {
   void SolveForward(Matrix& b) const {
     const std::size_t n = Count(factor_.rows());
     kernels_.solveLower(n, factor_.data(), n, Count(b.cols()), b.data(), n);
+  }
+  /// The same, each column with the bits that it gets alone.
+  void SolveForwardEach(MatrixXd& b) const {
+    const std::size_t n = Count(factor_.rows());
+    kernels_.solveLowerEach(n, factor_.data(), n, Count(b.cols()), b.data(), n);
   }
   /// Columns of B become L'^-1 B.
   template <class Matrix>
@@ -233,7 +242,7 @@ class BorderedSystem : public QVKrigeSystem {
 /// The covariances of m queries, column by column, as the bits of one do not depend on the others;
 /// then zeros up to `columns` of them.
 MatrixXd GetCovariances(const MatrixXd& distances, const QVKrigeKernelBase& kernel, Index columns) {
-  MatrixXd covariances(distances.rows(), columns);
+  MatrixXd covariances = MakeLargeMatrix(distances.rows(), columns);
   for (Index q = 0; q < distances.cols(); ++q)
     kernel.GetCovariances(distances.col(q).data(), covariances.col(q).data(),
                           Count(distances.rows()));
@@ -256,7 +265,7 @@ QVKrigeSystem::~QVKrigeSystem() = default;
 std::shared_ptr<const QVKrigeSystem> QVKrigeSystem::Create(QVKrigePoints points, QVKrigeMean mean,
                                                            const QVKrigeKernelBase& kernel) {
   const Index n = points.responses.size();
-  MatrixXd covariances(n, n);
+  MatrixXd covariances = MakeLargeMatrix(n, n);
   if (!QVFillLowerCovariances(covariances, *points.distances, kernel)) return nullptr;
   auto cholesky = std::make_shared<CholeskySystem>();
   if (!cholesky->Factorise(std::move(covariances))) return nullptr;

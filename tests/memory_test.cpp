@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iostream>
 #include <limits>
+#include <numeric>
 
 #include "platform/system/internal/control_group.h"
 #include "stats/api/data_table.h"
@@ -30,6 +31,14 @@ void WriteGroup(const TemporaryDirectory& directory, const std::string& group,
                 const std::vector<std::pair<std::string, std::string>>& files) {
   std::filesystem::create_directories(directory.GetPath(group));
   for (const auto& [name, text] : files) directory.Write(group + '/' + name, text);
+}
+
+// Wherever an array begins; a wish for pages must not clear what is there.
+TEST(LargePages, KeepTheContent) {
+  std::vector<int> values(std::size_t{3} << 20);
+  std::iota(values.begin(), values.end(), 0);
+  QVSystem::QVPreferLargePages(values.data() + 5, (values.size() - 5) * sizeof(int));
+  for (std::size_t i = 0; i < values.size(); i += 511) ASSERT_EQ(values[i], static_cast<int>(i));
 }
 
 TEST(ControlGroups, TheTightestGroupUpToTheRootCounts) {

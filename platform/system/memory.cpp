@@ -1,5 +1,6 @@
 #include "platform/system/memory.h"
 
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -114,6 +115,18 @@ bool QVHasMemory(double bytes, std::string& problem) {
 bool QVReportMemoryShortage(const std::string& what, const std::string& problem) {
   QVThrow.Error("%s %s", what.c_str(), problem.c_str());
   return false;
+}
+
+void QVPreferLargePages([[maybe_unused]] void* data, [[maybe_unused]] std::size_t bytes) {
+#ifdef MADV_HUGEPAGE
+  constexpr std::size_t kLeast = std::size_t{4} << 20;
+  if (bytes < kLeast) return;
+  const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+  const auto begin = reinterpret_cast<std::uintptr_t>(data);
+  const std::uintptr_t first = (begin + page - 1) / page * page;
+  // Only a wish: where it is refused the array works as well.
+  madvise(reinterpret_cast<void*>(first), bytes - (first - begin), MADV_HUGEPAGE);
+#endif
 }
 
 }  // namespace QVSystem

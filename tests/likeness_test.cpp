@@ -271,6 +271,7 @@ TEST(VseprIndex, GivesTheBitsOfTheMerge) {
   all[5].Scale(1000.0);
   all[70].Scale(0.3);
   all[71].Scale(-1.0);
+  for (std::size_t i = 90; i < 130; ++i) all[i].Scale(40.0);
   all[200] = QVVseprFingerprint();
   all[201].Scale(70000.0);
   QVVseprIndex index;
@@ -287,7 +288,7 @@ TEST(VseprIndex, GivesTheBitsOfTheMerge) {
     }
     index.Add(all[n]);
   }
-  for (const std::size_t n : {5U, 70U, 71U, 200U, 201U, 299U}) {
+  for (const std::size_t n : {5U, 70U, 71U, 95U, 120U, 200U, 201U, 299U}) {
     index.GetTanimotos(all[n], tanimotos.data());
     for (std::size_t i = 0; i < all.size(); ++i)
       ASSERT_EQ(tanimotos[i], all[n].GetTanimoto(all[i])) << n << " " << i;

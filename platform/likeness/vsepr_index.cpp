@@ -299,7 +299,10 @@ std::vector<double> QVVseprIndex::GetLowerBounds(const Counts& query, double vol
                  differences.data());
   for (std::size_t i = 0; i < bounds.size(); ++i) {
     const std::uint32_t inRow = (query.summaryVolume + rowVolumes_[i] - differences[i]) / 2;
-    bounds[i] = 1.0 - QVTanimotoFromSums(query.shared[i] + inRow, volume, volumes_[i]);
+    // A weight that is too large for a row may stand in a list and in the query's row.
+    const double most =
+        std::min(static_cast<double>(query.shared[i] + inRow), std::min(volume, volumes_[i]));
+    bounds[i] = 1.0 - QVTanimotoFromSums(most, volume, volumes_[i]);
   }
   for (const Other& other : others_)
     bounds[other.position] = std::numeric_limits<double>::quiet_NaN();

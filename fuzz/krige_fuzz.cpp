@@ -69,7 +69,7 @@ bool Train(FuzzedDataProvider& input, QVStats::QVKrigeImpl<Point>& model) {
   if (way == 0) return model.Train();
   QVStats::QVKrigeKernel kernel(input.ConsumeIntegralInRange(0u, 20u));
   if (way == 1) return model.Train(kernel);
-  kernel.SetRange(input.ConsumeFloatingPointInRange(0.0, 2.0));
+  kernel.SetRange(input.ConsumeFloatingPointInRange(1e-9, 2.0));
   kernel.SetNugget(input.ConsumeFloatingPointInRange(0.0, 1.0));
   kernel.SetSill(input.ConsumeFloatingPointInRange(1e-9, 4.0));
   return model.TrainFixed(kernel);

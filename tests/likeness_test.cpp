@@ -298,6 +298,22 @@ TEST(VseprIndex, GivesTheBitsOfTheMerge) {
   ExpectNearestOfSort(QVVseprIndex(), {}, all[0]);
 }
 
+// What does not fit a byte stands in the list, and the query's row holds as much of it as it can:
+// the parts of a bound together must not exceed what a fingerprint has.
+TEST(VseprIndex, FindsTheNearestWhereWeightsDoNotFitAByte) {
+  std::vector<QVVseprFingerprint> all(100);
+  QVVseprIndex index;
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    const auto large = static_cast<double>(200 + i * i % 300);
+    all[i].Setup({1, 2, 3, 4, 5, 6, 7, 8}, {large, 30, 30, 30, 30, 30, 30, 30}, {});
+    index.Add(all[i]);
+  }
+  QVVseprFingerprint query;
+  query.Setup({1, 2}, {300, 1}, {});
+  ExpectNearestOfSort(index, all, query);
+  ExpectNearestOfSort(index, all, all[50]);
+}
+
 // Real molecules have the features, the sizes and the ties that bounds meet in use.
 TEST(VseprIndex, FindsTheNearestRealMolecules) {
   std::ifstream file(QVSTATS_RDKIT_DATA "/Data/NCI/first_5K.smi");

@@ -1,6 +1,7 @@
 #include "stats/api/svd_data_model.h"
 
 #include <Eigen/SVD>
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <utility>
@@ -58,7 +59,8 @@ VectorXd SolveLeastSquares(const MatrixXd& design, const VectorXd& response) {
   constexpr unsigned kThin = Eigen::ComputeThinU | Eigen::ComputeThinV;
   const auto norms = design.colwise().stableNorm();
   const Eigen::RowVectorXd scale = norms.unaryExpr([](double norm) {
-    return norm > 0.0 ? std::exp2(-std::ilogb(norm)) : 1.0;  // powers of 2: no rounding
+    constexpr int kLargestExponent = 1000;  // that of a subnormal length would overflow
+    return norm > 0.0 ? std::exp2(std::min(-std::ilogb(norm), kLargestExponent)) : 1.0;  // exact
   });
   const MatrixXd scaled = design * scale.asDiagonal();
   if (const ThinSVD svd(scaled, kThin); svd.rank() == design.cols())

@@ -240,5 +240,16 @@ TEST(SvdDataModel, TakesTheSmallestCoefficientsWhereExamplesLeaveThemOpen) {
   EXPECT_EQ(model.Predict({1, 2}), BadDouble);
 }
 
+// Units may be such that the squares of a column, or the inverse of its length, are no doubles.
+TEST(SvdDataModel, ColumnsMayBeOfAnyLength) {
+  for (const double unit : {1e-310, 1e-200, 0.0, 1e200, 1e300}) {
+    Svd model(1, BadDouble);
+    const double slope = std::isnormal(unit) ? 2.0 / unit : 0.0;
+    for (const double k : {0.0, 1.0, 3.0}) model.AddTraining({k * unit}, 1.0 + slope * (k * unit));
+    ASSERT_TRUE(model.Train()) << unit;
+    EXPECT_THAT(model.Predict({2.0 * unit}), IsCloseTo(slope > 0.0 ? 5.0 : 1.0, 1e-13)) << unit;
+  }
+}
+
 }  // namespace
 }  // namespace QVStats

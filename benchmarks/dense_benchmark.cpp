@@ -60,7 +60,7 @@ void BM_Cholesky(benchmark::State& state) {
   SetFlops(state, std::pow(static_cast<double>(n), 3) / 3.0);
 }
 BENCHMARK(BM_Cholesky)
-    ->ArgsProduct({{100, 500, 1000, 2000, 4000, 8000}, {1}})
+    ->ArgsProduct({{100, 500, 1000, 2000, 4000, 8000}, {1, 2}})
     ->ArgsProduct({{100, 1000}, {0}})
     ->Unit(benchmark::kMillisecond);
 
@@ -84,7 +84,7 @@ void BM_Multiply(benchmark::State& state) {
   SetFlops(state, 2.0 * std::pow(static_cast<double>(n), 3));
 }
 BENCHMARK(BM_Multiply)
-    ->ArgsProduct({{100, 1000, 2000}, {1}})
+    ->ArgsProduct({{100, 1000, 2000}, {1, 2}})
     ->Args({1000, 0})
     ->Unit(benchmark::kMillisecond);
 
@@ -109,7 +109,7 @@ void BM_Solve(benchmark::State& state) {
   SetFlops(state, 2.0 * static_cast<double>(size * size * sides));
 }
 BENCHMARK(BM_Solve)
-    ->ArgsProduct({{1000, 2000, 4000}, {1}, {1, 200}, {0, 1}})
+    ->ArgsProduct({{1000, 2000, 4000}, {1, 2}, {1, 200}, {0, 1}})
     ->Unit(benchmark::kMillisecond);
 
 /// Reduction to tridiagonal form, and that with the eigenvalues.
@@ -130,7 +130,7 @@ void BM_Tridiagonalise(benchmark::State& state) {
 }
 BENCHMARK(BM_Tridiagonalise)
     ->ArgNames({"n", "path", "values"})
-    ->ArgsProduct({{500, 1000, 2000}, {1}, {0, 1}})
+    ->ArgsProduct({{500, 1000, 2000}, {1, 2}, {0, 1}})
     ->Args({1000, 0, 0})
     ->Unit(benchmark::kMillisecond);
 
@@ -146,6 +146,6 @@ void BM_Exp(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
-BENCHMARK(BM_Exp)->ArgNames({"n", "path", "log"})->ArgsProduct({{4096}, {0, 1}, {0, 1}});
+BENCHMARK(BM_Exp)->ArgNames({"n", "path", "log"})->ArgsProduct({{4096}, {0, 1, 2}, {0, 1}});
 
 }  // namespace

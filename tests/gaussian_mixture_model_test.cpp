@@ -209,7 +209,8 @@ TEST(MixtureKernel, SumsAgreeOnEveryPath) {
     }
     expected[9] += std::log(sum);
   }
-  for (const auto path : {QVMath::QVDensePath::Plain, QVMath::QVDensePath::Avx2}) {
+  for (const auto path :
+       {QVMath::QVDensePath::Plain, QVMath::QVDensePath::Avx2, QVMath::QVDensePath::Avx512}) {
     const QVMath::QVDenseKernels* const kernels = QVMath::QVFindDenseKernels(path);
     if (!kernels) continue;
     Values counts(3), deviations(3), squares(3), work(3 * QVMath::kQVMixtureWork);

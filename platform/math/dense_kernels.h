@@ -1,11 +1,12 @@
 /// \file
 /// \brief Dense linear algebra and array functions at the speed of the machine.
 ///
-/// One interface on raw pointers, implemented for the baseline instruction set and for AVX2 with
-/// FMA; the best one that the machine has is chosen at run time. The implementations differ by
-/// rounding only. Matrices are stored by columns: element (i, j) of a matrix with leading dimension
-/// ld stands at [i + j ld], as in Eigen's MatrixXd. Nothing is read or written outside the parts
-/// that are named. All functions are safe to call from many threads on distinct outputs.
+/// One interface on raw pointers, implemented for the baseline instruction set, for AVX2 with
+/// FMA and for AVX-512; the best one that the machine has is chosen at run time. The
+/// implementations differ by rounding only. Matrices are stored by columns: element (i, j) of a
+/// matrix with leading dimension ld stands at [i + j ld], as in Eigen's MatrixXd. Nothing is read
+/// or written outside the parts that are named. All functions are safe to call from many threads on
+/// distinct outputs.
 ///
 /// Sources: K. Goto, R. A. van de Geijn, "Anatomy of High-Performance Matrix Multiplication", ACM
 /// TOMS 34(3), 2008, doi:10.1145/1356052.1356053; F. G. Gustavson, "Recursion leads to automatic
@@ -45,7 +46,7 @@ struct QVMixtureSums {
 };
 
 /// How many doubles of working memory QVDenseKernels::sumMixture needs for each component.
-constexpr std::size_t kQVMixtureWork = 32;
+constexpr std::size_t kQVMixtureWork = 64;
 
 /// Right sides of a triangular solve that are solved as vectors; more are solved by matrix
 /// products.
@@ -130,7 +131,7 @@ struct QVDenseKernels {
 };
 
 /// The instruction sets, the slowest first.
-enum class QVDensePath { Plain, Avx2 };
+enum class QVDensePath { Plain, Avx2, Avx512 };
 
 /// \return the functions for an instruction set, or null where this machine or this build lacks it.
 QVMATH_EXPORT const QVDenseKernels* QVFindDenseKernels(QVDensePath path);

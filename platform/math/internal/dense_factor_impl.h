@@ -49,10 +49,10 @@ void SolveStrip(Size n, const double* triangle, double* strip) {
 #pragma GCC unroll 4
     for (Size v = 0; v < kRowVectors; ++v) {
       Vector x[kTileColumns];
-#pragma GCC unroll 4
+#pragma GCC unroll 8
       for (Size c = 0; c < kTileColumns; ++c) {
         x[c] = Load(columns + c * kTileRows + v * kWidth) - tile[v][c];
-#pragma GCC unroll 4
+#pragma GCC unroll 8
         for (Size d = 0; d < c; ++d) x[c] -= x[d] * triangle[d * kTileColumns + c];
         x[c] *= triangle[c * kTileColumns + c];
         Store(columns + c * kTileRows + v * kWidth, x[c]);

@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "platform/math/dense_kernels.h"
+#include "platform/math/internal/dense_tables.h"
 #include "platform/math/internal/dense_vector_impl.h"
 
 namespace QVMath {
@@ -101,7 +102,7 @@ QV_DENSE_INLINE void MultiplyTile(Size depth, const double* a, const double* b, 
     Vector rows[kRowVectors];
 #pragma GCC unroll 4
     for (Size v = 0; v < kRowVectors; ++v) rows[v] = Load(a + v * kWidth);
-#pragma GCC unroll 4
+#pragma GCC unroll 8
     for (Size j = 0; j < kTileColumns; ++j) {
 #pragma GCC unroll 4
       for (Size v = 0; v < kRowVectors; ++v) tile[v][j] += rows[v] * b[j];
@@ -118,7 +119,7 @@ void UpdateWholeTile(Size depth, double factor, const double* a, const double* b
   }
   Tile tile = {};
   MultiplyTile(depth, a, b, tile);
-#pragma GCC unroll 4
+#pragma GCC unroll 8
   for (Size j = 0; j < kTileColumns; ++j) {
 #pragma GCC unroll 4
     for (Size v = 0; v < kRowVectors; ++v) {
@@ -290,7 +291,7 @@ QV_DENSE_INLINE void MultiplyFewRows(const FewRows& terms, Size n, const FewRows
       for (Size v = 0; v < kVectors; ++v) Store(to + v * kWidth, rows[v] = rows[v] * weight);
       to += terms.weightedStep;
     }
-#pragma GCC unroll 4
+#pragma GCC unroll 8
     for (Size j = 0; j < kTileColumns; ++j) {
 #pragma GCC unroll 4
       for (Size v = 0; v < kVectors; ++v) tile[v][j] += rows[v] * plain[columns[j]];
@@ -305,7 +306,7 @@ void UpdateFewRows(const FewRows& terms, Size n, const FewRowsPlace& place, doub
                    Prefetcher& prefetcher) {
   TileOf<kVectors> tile = {};
   MultiplyFewRows<kVectors, kIsFirst>(terms, n, place, tile, prefetcher);
-#pragma GCC unroll 4
+#pragma GCC unroll 8
   for (Size k = 0; k < kTileColumns; ++k) {
     const Size j = place.column + k;
     if (j >= n) break;
@@ -392,8 +393,11 @@ void RankUpdate(Size n, Size depth, const double* weights, QVDenseView a, double
   if (n == 0 || depth == 0) return;
   if (n > kFewRows || a.rowStep != 1)
     return AddProduct(Workspace(n, n, depth), n, n, depth, 1.0, a, a, c, ldc, 0, weights);
-  static_assert(kWidth <= 4);
-  switch (n) {  // below 4 there may be no whole register of rows
+#ifdef QV_DENSE_NARROWER
+  if (n < kWidth)  // not a whole register of rows
+    return QV_DENSE_NARROWER::kKernels.rankUpdate(n, depth, weights, a, c, ldc);
+#endif
+  switch (n) {  // below 4 the narrower registers may not be filled either
     case 1:
       return UpdateTiny<1>(depth, weights, a, c, ldc);
     case 2:

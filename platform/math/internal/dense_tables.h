@@ -13,6 +13,9 @@ extern const QVDenseKernels kKernels;
 namespace DenseAvx2 {
 extern const QVDenseKernels kKernels;
 }
+namespace DenseAvx512 {
+extern const QVDenseKernels kKernels;
+}
 
 }  // namespace QVMath
 

@@ -32,7 +32,17 @@ QV_DENSE_INLINE double SumOf(Vector x) {
 
 /// The sum of each of kWidth registers.
 QV_DENSE_INLINE Vector SumsOf(const Vector* x) {
-#if QV_DENSE_WIDTH == 4
+#if QV_DENSE_WIDTH == 8
+  Vector pairs[4], fours[2];
+  for (Size i = 0; i < 4; ++i)
+    pairs[i] = __builtin_shufflevector(x[2 * i], x[2 * i + 1], 0, 8, 2, 10, 4, 12, 6, 14) +
+               __builtin_shufflevector(x[2 * i], x[2 * i + 1], 1, 9, 3, 11, 5, 13, 7, 15);
+  for (Size i = 0; i < 2; ++i)
+    fours[i] = __builtin_shufflevector(pairs[2 * i], pairs[2 * i + 1], 0, 1, 8, 9, 4, 5, 12, 13) +
+               __builtin_shufflevector(pairs[2 * i], pairs[2 * i + 1], 2, 3, 10, 11, 6, 7, 14, 15);
+  return __builtin_shufflevector(fours[0], fours[1], 0, 1, 2, 3, 8, 9, 10, 11) +
+         __builtin_shufflevector(fours[0], fours[1], 4, 5, 6, 7, 12, 13, 14, 15);
+#elif QV_DENSE_WIDTH == 4
   const Vector first = __builtin_shufflevector(x[0], x[1], 0, 4, 2, 6) +
                        __builtin_shufflevector(x[0], x[1], 1, 5, 3, 7);
   const Vector second = __builtin_shufflevector(x[2], x[3], 0, 4, 2, 6) +
@@ -106,28 +116,31 @@ QV_DENSE_INLINE void MultiplyVectors(Size n, Size m, double factor, const double
   }
 }
 
+/// Columns whose sums fill at least one register.
+constexpr Size kSumGroup = Max(kColumnGroup, kWidth);
+
 /// The same for y_s += factor * A' x_s.
 template <Size kSides>
 QV_DENSE_INLINE void MultiplyVectorsTransposed(Size n, Size m, double factor, const double* a,
                                                Size lda, const double* x, Size ldx, double* y,
                                                Size ldy) {
   Size j = 0;
-  for (; j + kColumnGroup <= m; j += kColumnGroup) {
+  for (; j + kSumGroup <= m; j += kSumGroup) {
     const double* column = a + j * lda;
-    Vector sums[kSides][kColumnGroup] = {};
+    Vector sums[kSides][kSumGroup] = {};
     Size i = 0;
     for (; i + kWidth <= n; i += kWidth)
-#pragma GCC unroll 4
-      for (Size c = 0; c < kColumnGroup; ++c) {
+#pragma GCC unroll 8
+      for (Size c = 0; c < kSumGroup; ++c) {
         const Vector v = Load(column + c * lda + i);
 #pragma GCC unroll 4
         for (Size s = 0; s < kSides; ++s) sums[s][c] += v * Load(x + s * ldx + i);
       }
     for (Size s = 0; s < kSides; ++s) {
-      double rest[kColumnGroup] = {};
+      double rest[kSumGroup] = {};
       for (Size k = i; k < n; ++k)
-        for (Size c = 0; c < kColumnGroup; ++c) rest[c] += column[c * lda + k] * x[s * ldx + k];
-      for (Size c = 0; c < kColumnGroup; c += kWidth) {
+        for (Size c = 0; c < kSumGroup; ++c) rest[c] += column[c * lda + k] * x[s * ldx + k];
+      for (Size c = 0; c < kSumGroup; c += kWidth) {
         double* to = y + s * ldy + j + c;
         Store(to, Load(to) + (SumsOf(sums[s] + c) + Load(rest + c)) * factor);
       }

@@ -366,9 +366,13 @@ void QVDataTableColOfValues<Value>::ReadBulk(const QVRowNumbers& rows, std::size
         values[i] = index < size ? convert(values_[index]) : badIndex;
       }
     };
-    if (ColIsLowerTriangular() && col < GetNumColumnsInCol())
-      read([col](std::size_t row) { return GetTriangleIndex(row, col); });
-    else
+    if (ColIsLowerTriangular() && col < GetNumColumnsInCol()) {
+      const std::size_t begin =
+          GetTriangleIndex(col, 0);  // up to its diagonal a row stands together
+      read([col, begin](std::size_t row) {
+        return row <= col ? begin + row : GetTriangleIndex(row, col);
+      });
+    } else
       read([this, col](std::size_t row) { return GetDataTableColIndex(row, col); });
     return;
   }

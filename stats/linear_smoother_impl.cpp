@@ -226,22 +226,25 @@ void QVLinearSmootherOnSimilarityBase::GatherSimilarities(const QVDataTableCol& 
                                                           Eigen::MatrixXd& similarities) const {
   const std::size_t n = rows_.size();
   similarities.resize(static_cast<Eigen::Index>(n), static_cast<Eigen::Index>(count));
-  // Tile by tile, so that what is read and written stays in the cache. A row of a triangle stands
-  // together, up to its diagonal: the row of the objects or that of the training rows, whichever is
-  // lower. A plain column is read by training rows.
+  // A row of a triangle stands together, up to its diagonal: the row of an object where it is the
+  // lower one, a long stretch then, or else that of a training row, for many objects in a tile that
+  // stays in the cache. A plain column is read by training rows.
   constexpr std::size_t kRows = 64, kObjects = 256;
   double values[kObjects];
   for (std::size_t object = 0; object < count; object += kObjects) {
     const QVRowNumbers objects(rows + object, std::min(kObjects, count - object));
-    for (std::size_t row = 0; row < n; row += kRows) {
-      const QVRowNumbers training(rows_.data() + row, std::min(kRows, n - row));
+    const auto isAbove = [&](std::size_t row) {
+      return column.ColIsLowerTriangular() && row < n && rows_[row] < objects[0];
+    };
+    for (std::size_t row = 0, size; row < n; row += size) {
+      size = std::min(kRows, n - row);
+      const bool byObjects = isAbove(row);
+      while (byObjects && isAbove(row + 2 * size - 1)) size *= 2;
+      const QVRowNumbers training(rows_.data() + row, size);
       double* const tile = similarities.data() + object * n + row;
-      if (column.ColIsLowerTriangular() && objects[0] > training[0]) {
-        for (std::size_t k = 0; k < objects.size(); ++k)
-          column.GetImpl()->GetDoubles(training, objects[k], tile + k * n);
-        continue;
-      }
-      for (std::size_t i = 0; i < training.size(); ++i) {
+      for (std::size_t k = 0; byObjects && k < objects.size(); ++k)
+        column.GetImpl()->GetDoubles(training, objects[k], tile + k * n);
+      for (std::size_t i = 0; !byObjects && i < size; ++i) {
         column.GetImpl()->GetDoubles(objects, training[i], values);
         for (std::size_t k = 0; k < objects.size(); ++k) tile[k * n + i] = values[k];
       }
@@ -258,13 +261,12 @@ QVStatModelResult QVLinearSmootherOnSimilarityBase::GetPredictedResponseCols(
   const QVDataTableCol similarity = table.GetColumnFromName(result, similarityColName_);
   if (QVFailedIn(result, where)) return result;
 
-  constexpr std::size_t kBlock = 1024;
   const std::vector<std::size_t> rows = table.GetRowNumbers();
   QVSimilarityPredictions all;
   Eigen::MatrixXd similarities;
-  for (std::size_t first = 0; first < rows.size(); first += kBlock) {
-    GatherSimilarities(similarity, rows.data() + first, std::min(kBlock, rows.size() - first),
-                       similarities);
+  for (std::size_t first = 0; first < rows.size(); first += objectsTogether_) {
+    GatherSimilarities(similarity, rows.data() + first,
+                       std::min(objectsTogether_, rows.size() - first), similarities);
     QVSimilarityPredictions block;
     result = GetPredictedResponses(block, similarities);
     if (QVFailedIn(result, where)) return result;

@@ -47,6 +47,7 @@ QVKernelRegressionOnSimilarity::QVKernelRegressionOnSimilarity(unsigned int kern
                                                                const QVDataTable& table)
     : QVLinearSmootherOnSimilarityBase(responseColName, similarityColName, table) {
   SetKernel(kernelType, "Constructor for QVKernelRegressionOnSimilarity", {});
+  objectsTogether_ = 128;
 }
 
 QVKernelRegressionOnSimilarity* QVKernelRegressionOnSimilarity::CreateCopy() const {

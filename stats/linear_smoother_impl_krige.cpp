@@ -158,7 +158,9 @@ QVOrdinaryKrigeOnSimilarity::QVOrdinaryKrigeOnSimilarity(unsigned int kernelType
                                "QVOrdinaryKrigeOnSimilarity::GetTrainingSetLDLTDecomposition",
                                "QVOrdinaryKrigeOnSimilarity::GetTrainingSetTransformedResponse",
                                "QVOrdinaryKrigeOnSimilarity::GetPredictedResponse"},
-                              kernelType, responseColName, similarityColName, table) {}
+                              kernelType, responseColName, similarityColName, table) {
+  objectsTogether_ = 128;
+}
 
 bool QVOrdinaryKrigeOnSimilarity::Factorise(Eigen::MatrixXd& covariance) {
   const Eigen::Index n = covariance.rows();

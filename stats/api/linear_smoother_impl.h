@@ -174,6 +174,9 @@ class QVSTATS_EXPORT QVLinearSmootherOnSimilarityBase {
   std::vector<std::string> paramNames_;
   /// Of the model's own construction.
   QVStatModelResult result_;
+  /// Rows of a table that are predicted together: many for a triangular solve, few where nothing
+  /// but the cache gains.
+  std::size_t objectsTogether_ = 1024;
   std::string responseColName_;
   std::string similarityColName_;
 

@@ -114,8 +114,7 @@ class CholeskySystem : public QVKrigeSystem {
   /// Whether the Schur complement of `border` is safely positive definite; it is not when columns
   /// of the border depend on each other.
   bool SetBorder(MatrixXd border) {
-    // In matrix products so few columns would be mostly padding.
-    SolveForwardEach(border);
+    SolveForward(border);
     half_ = std::move(border);
     const MatrixXd schur = half_.transpose() * half_;
     const VectorXd scale = schur.diagonal().cwiseSqrt().cwiseInverse();
@@ -139,10 +138,10 @@ class CholeskySystem : public QVKrigeSystem {
   }
 
  protected:
-  Eigen::Matrix2Xd SolveMoments(const MatrixXd& borderRows, MatrixXd& c, bool each) const override {
+  Eigen::Matrix2Xd SolveMoments(const MatrixXd& borderRows, MatrixXd& c) const override {
     Eigen::Matrix2Xd moments(2, borderRows.cols());
     for (Index q = 0; q < moments.cols(); ++q) moments(0, q) = Dot(alpha_.data(), c.col(q).data());
-    each ? SolveForwardEach(c) : SolveForward(c);
+    SolveForward(c);
     for (Index q = 0; q < moments.cols(); ++q) {
       double* z = c.col(q).data();
       moments(1, q) = Dot(z, z);
@@ -157,10 +156,7 @@ class CholeskySystem : public QVKrigeSystem {
     return moments;
   }
 
-  void FinishWeights(MatrixXd& c) const override {
-    kernels_.solveLowerTransposedEach(Count(c.rows()), factor_.data(), Count(c.rows()),
-                                      Count(c.cols()), c.data(), Count(c.rows()));
-  }
+  void FinishWeights(MatrixXd& c) const override { SolveBackward(c); }
 
  private:
   /// Pivots of the Schur complement, scaled to a unit diagonal, below this leave the small system
@@ -182,11 +178,6 @@ class CholeskySystem : public QVKrigeSystem {
   void SolveForward(Matrix& b) const {
     const std::size_t n = Count(factor_.rows());
     kernels_.solveLower(n, factor_.data(), n, Count(b.cols()), b.data(), n);
-  }
-  /// The same, each column with the bits that it gets alone.
-  void SolveForwardEach(MatrixXd& b) const {
-    const std::size_t n = Count(factor_.rows());
-    kernels_.solveLowerEach(n, factor_.data(), n, Count(b.cols()), b.data(), n);
   }
   /// Columns of B become L'^-1 B.
   template <class Matrix>
@@ -220,8 +211,7 @@ class BorderedSystem : public QVKrigeSystem {
 
  protected:
   /// Comes by the moments from the weights.
-  Eigen::Matrix2Xd SolveMoments(const MatrixXd& borderRows, MatrixXd& c,
-                                bool /*each*/) const override {
+  Eigen::Matrix2Xd SolveMoments(const MatrixXd& borderRows, MatrixXd& c) const override {
     Eigen::Matrix2Xd moments(2, borderRows.cols());
     VectorXd right(c.rows() + borderRows.rows());
     for (Index q = 0; q < moments.cols(); ++q) {
@@ -239,14 +229,13 @@ class BorderedSystem : public QVKrigeSystem {
   Eigen::LDLT<MatrixXd> factor_;
 };
 
-/// The covariances of m queries, column by column, as the bits of one do not depend on the others;
-/// then zeros up to `columns` of them.
-MatrixXd GetCovariances(const MatrixXd& distances, const QVKrigeKernelBase& kernel, Index columns) {
-  MatrixXd covariances = MakeLargeMatrix(distances.rows(), columns);
+/// The covariances of queries, column by column, as the bits of one do not depend on the others.
+template <class Distances>
+MatrixXd GetCovariances(const Distances& distances, const QVKrigeKernelBase& kernel) {
+  MatrixXd covariances = MakeLargeMatrix(distances.rows(), distances.cols());
   for (Index q = 0; q < distances.cols(); ++q)
     kernel.GetCovariances(distances.col(q).data(), covariances.col(q).data(),
                           Count(distances.rows()));
-  covariances.rightCols(columns - distances.cols()).setZero();
   return covariances;
 }
 
@@ -364,16 +353,15 @@ class QVKrigeSystem::WeightsOnDemand : public QVKrigeWeights {
 
 std::vector<QVKrigeResult> QVKrigeSystem::GetResults(const MatrixXd& distances,
                                                      const MatrixXd& properties) const {
-  // Enough that the factor is read rarely, and so few that they do not crowd it out of the cache.
-  constexpr Index kTogether = 8 * QVMath::kDenseFewRightSides;
+  // Enough for matrix products; a result that is kept keeps the weights of so many.
+  constexpr Index kTogether = 96;
   const MatrixXd borderRows = MakeBorderRows(properties);
   std::vector<QVKrigeResult> results(Count(distances.cols()));
   for (Index first = 0; first < distances.cols(); first += kTogether) {
     const Index count = std::min(kTogether, distances.cols() - first);
-    MatrixXd columns = GetCovariances(distances.middleCols(first, count), *kernel_, count);
+    MatrixXd columns = GetCovariances(distances.middleCols(first, count), *kernel_);
     const Eigen::RowVectorXd least = columns.colwise().minCoeff();
-    const Eigen::Matrix2Xd moments =
-        SolveMoments(borderRows.middleCols(first, count), columns, true);
+    const Eigen::Matrix2Xd moments = SolveMoments(borderRows.middleCols(first, count), columns);
     std::vector<Index> identical;
     for (Index k = 0; k < count; ++k)
       identical.push_back(FindIdenticalPoint(distances.col(first + k).data(), distances.rows()));
@@ -396,11 +384,8 @@ std::vector<QVKrigeResult> QVKrigeSystem::GetResults(const MatrixXd& distances,
 std::vector<QVKrigeEstimate> QVKrigeSystem::GetEstimates(const MatrixXd& distances,
                                                          const MatrixXd& properties,
                                                          double errorValue) const {
-  // A few right sides are solved by other arithmetic than many. With some columns of zeros a
-  // single query gets the bits that it has in a block.
-  constexpr auto kMany = static_cast<Index>(QVMath::kDenseFewRightSides) + 1;
-  MatrixXd columns = GetCovariances(distances, *kernel_, std::max(distances.cols(), kMany));
-  const Eigen::Matrix2Xd moments = SolveMoments(MakeBorderRows(properties), columns, false);
+  MatrixXd columns = GetCovariances(distances, *kernel_);
+  const Eigen::Matrix2Xd moments = SolveMoments(MakeBorderRows(properties), columns);
   std::vector<QVKrigeEstimate> estimates;
   estimates.reserve(Count(distances.cols()));
   for (Index q = 0; q < distances.cols(); ++q) {

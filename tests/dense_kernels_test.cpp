@@ -123,17 +123,11 @@ TEST_P(DenseKernels, TriangularSolvesLeaveSmallResiduals) {
         EXPECT_LE((system * x.topRows(n) - b.topRows(n)).cwiseAbs().maxCoeff(), 1e-12)
             << n << " " << m << " " << transposed;
         EXPECT_EQ(x.bottomRows(2), b.bottomRows(2));
-        MatrixXd each = b;
-        (transposed ? kernels_->solveLowerTransposedEach : kernels_->solveLowerEach)(
-            Size(n), factor.data(), Size(n + 3), Size(m), each.data(), Size(n + 2));
         for (Index j = 0; j < m; ++j) {
           VectorXd alone = b.col(j);
           (transposed ? kernels_->solveLowerTransposed : kernels_->solveLower)(
               Size(n), factor.data(), Size(n + 3), 1, alone.data(), Size(n + 2));
-          EXPECT_EQ(each.col(j), alone) << "the bits of a vector in a block";
-          if (Size(m) <= QVMath::kDenseFewRightSides) {
-            EXPECT_EQ(x.col(j), alone);
-          }
+          EXPECT_EQ(x.col(j).head(n), alone.head(n)) << "the bits of a vector in a block";
         }
       }
     }

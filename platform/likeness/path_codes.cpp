@@ -63,9 +63,12 @@ class PathWalker {
 
   void Record(const State& state) {
     const std::uint32_t numAtoms = state.length + 1;
-    const std::uint32_t times = limits_.byLength ? numAtoms : 1;
-    codes_.insert(codes_.end(), times, state.elements.GetCode(numAtoms));
-    codes_.insert(codes_.end(), times, state.shells.GetCode(numAtoms));
+    const std::uint64_t elements = state.elements.GetCode(numAtoms);
+    const std::uint64_t shells = state.shells.GetCode(numAtoms);
+    for (std::uint32_t times = limits_.byLength ? numAtoms : 1; times > 0; --times) {
+      codes_.push_back(elements);
+      codes_.push_back(shells);
+    }
   }
 
   void Extend(const State& state, std::uint32_t only) {

@@ -89,6 +89,10 @@ void QVVseprFingerprint::SetFromPaths(std::vector<std::uint64_t> paths,
   SortPathCodes(paths);
   codes_.clear();
   weights_.clear();
+  std::size_t distinct = paths.empty() ? 0 : 1;
+  for (std::size_t i = 1; i < paths.size(); ++i) distinct += paths[i] != paths[i - 1];
+  codes_.reserve(distinct);
+  weights_.reserve(distinct);
   for (std::size_t first = 0, last = 0; first < paths.size(); first = last) {
     while (last < paths.size() && paths[last] == paths[first]) ++last;
     Append(paths[first], static_cast<double>(last - first));

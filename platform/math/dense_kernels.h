@@ -48,10 +48,6 @@ struct QVMixtureSums {
 /// How many doubles of working memory QVDenseKernels::sumMixture needs for each component.
 constexpr std::size_t kQVMixtureWork = 64;
 
-/// Right sides of a triangular solve that are solved as vectors; more are solved by matrix
-/// products.
-inline constexpr std::size_t kDenseFewRightSides = 3;
-
 /// The functions for one instruction set.
 struct QVDenseKernels {
   const char* name;
@@ -62,20 +58,13 @@ struct QVDenseKernels {
   /// positive definite, and its lower triangle is then undefined.
   bool (*cholesky)(std::size_t n, double* a, std::size_t lda);
 
-  /// Replaces B (n x m) by the solution X of L X = B, with the lower triangle of L (n x n). Up to
-  /// kDenseFewRightSides columns get the bits that each gets alone; so do any larger numbers among
-  /// themselves, which are other bits.
+  /// Replaces B (n x m) by the solution X of L X = B, with the lower triangle of L (n x n). The
+  /// bits of a column do not depend on the others, nor on how many they are.
   void (*solveLower)(std::size_t n, const double* l, std::size_t ldl, std::size_t m, double* b,
                      std::size_t ldb);
   /// The same for L' X = B.
   void (*solveLowerTransposed)(std::size_t n, const double* l, std::size_t ldl, std::size_t m,
                                double* b, std::size_t ldb);
-  /// The two as for one column alone, to the bit, for any number of columns: slower than the
-  /// matrix products of many, faster than one by one.
-  void (*solveLowerEach)(std::size_t n, const double* l, std::size_t ldl, std::size_t m, double* b,
-                         std::size_t ldb);
-  void (*solveLowerTransposedEach)(std::size_t n, const double* l, std::size_t ldl, std::size_t m,
-                                   double* b, std::size_t ldb);
 
   /// C(i, j) += factor * sum_k A(i, k) B(j, k) for the m x n matrix C and `depth` terms k.
   void (*multiply)(std::size_t m, std::size_t n, std::size_t depth, double factor, QVDenseView a,

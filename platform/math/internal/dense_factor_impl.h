@@ -143,80 +143,116 @@ bool Cholesky(Size n, double* a, Size lda) {
   return Factor(SolveWorkspace(n, n), n, a, lda);
 }
 
-/// Columns of a triangle that are solved one by one before the rest is updated by all of them.
-constexpr Size kVectorBlock = 32;
-/// Rows of such columns that stay in the cache while all right sides are updated.
-constexpr Size kVectorRows = 256;
+/// Right sides that go through the columns of the triangle together, as vectors.
+constexpr Size kVectorSides = 3;
+/// Up to so many are solved as vectors: in matrix products they would be mostly padding.
+constexpr Size kFewSides = 2 * kVectorSides;
+/// Sums that stay in the L1 cache while columns pass by.
+constexpr Size kVectorSums = 512;
 
-/// The part of a forward solve that belongs to the diagonal block of columns j to end.
-void SolveTriangle(Size j, Size end, const double* l, Size ldl, double* side) {
-  for (Size k = j; k < end; ++k) {
-    const double* column = l + k * ldl;
-    side[k] /= column[k];
-    const double share = side[k];
-    for (Size i = k + 1; i < end; ++i) side[i] -= share * column[i];
-  }
-}
-
-/// The part of a backward solve that belongs to columns j to end of the triangle.
+/// The solves of few right sides. They split the triangle as SolveRight does and add up in the same
+/// order, so that a vector gets the bits that it has among many.
 template <Size kSides>
-void SolveColumnsTransposed(Size n, Size j, Size end, const double* l, Size ldl, double* x,
-                            Size ldx) {
-  MultiplyVectorsTransposed<kSides>(n - end, end - j, -1.0, l + end + j * ldl, ldl, x + end, ldx,
-                                    x + j, ldx);
-  for (Size s = 0; s < kSides; ++s)
-    for (Size k = end; k-- > j;) {
-      const double* column = l + k * ldl;
-      double* side = x + s * ldx;
-      side[k] = (side[k] - Dot(end - k - 1, column + k + 1, side + k + 1)) / column[k];
-    }
-}
+struct VectorSolve {
+  Size ldl;
+  Size ldx;
 
-/// Right sides go in groups through the same columns of the triangle, which stay in the cache for
-/// all of them, and each gets the bits that it gets alone.
-void SolveLowerEach(Size n, const double* l, Size ldl, Size m, double* b, Size ldb) {
-  constexpr Size kGroup = kDenseFewRightSides;
-  const Size step = m > kGroup ? kVectorRows : n;
-  for (Size j = 0; j < n; j += kVectorBlock) {
-    const Size end = Min(j + kVectorBlock, n);
-    for (Size s = 0; s < m; ++s) SolveTriangle(j, end, l, ldl, b + s * ldb);
-    for (Size i = end; i < n; i += step) {
-      const Size rows = Min(step, n - i);
-      const double* part = l + i + j * ldl;
-      Size s = 0;
-      for (; s + kGroup <= m; s += kGroup)
-        MultiplyVectors<kGroup>(rows, end - j, -1.0, part, ldl, b + j + s * ldb, ldb,
-                                b + i + s * ldb, ldb);
-      for (; s < m; ++s)
-        MultiplyVectors<1>(rows, end - j, -1.0, part, ldl, b + j + s * ldb, ldb, b + i + s * ldb,
-                           ldb);
+  /// L X = B.
+  void Forward(Size n, const double* l, double* x) const {
+    if (n <= kSolveBase) return ForwardBase(n, l, x);
+    const Size half = RoundUp(n / 2, kTileColumns);
+    Forward(half, l, x);
+    for (Size k = 0; k < half; k += kDepth)
+      for (Size i = half; i < n; i += kVectorSums) {
+        double sums[kSides * kVectorSums] = {};
+        const Size rows = Min(kVectorSums, n - i);
+        MultiplyVectors<kSides>(rows, Min(kDepth, half - k), 1.0, l + i + k * ldl, ldl, x + k, ldx,
+                                sums, kVectorSums);
+        Subtract(rows, sums, x + i);
+      }
+    Forward(n - half, l + half * (ldl + 1), x + half);
+  }
+
+  /// L' X = B, from the last equation to the first.
+  void Backward(Size n, const double* l, double* x) const {
+    if (n <= kSolveBase) return BackwardBase(n, l, x);
+    const Size top = n - RoundUp(n / 2, kTileColumns);
+    Backward(n - top, l + top * (ldl + 1), x + top);
+    for (Size end = n; end > top; end -= Min(kDepth, end - top))
+      for (Size j = 0; j < top; j += kVectorSums) {
+        double sums[kSides * kVectorSums] = {};
+        const Size columns = Min(kVectorSums, top - j);
+        const Size begin = end - Min(kDepth, end - top);
+        AddTransposedBackwards<kSides>(end - begin, columns, l + begin + j * ldl, ldl, x + begin,
+                                       ldx, sums, kVectorSums);
+        Subtract(columns, sums, x + j);
+      }
+    Backward(top, l, x);
+  }
+
+ private:
+  void Subtract(Size count, const double* sums, double* x) const {
+    for (Size s = 0; s < kSides; ++s)
+      for (Size i = 0; i < count; ++i) x[s * ldx + i] -= sums[s * kVectorSums + i];
+  }
+
+  void ForwardBase(Size n, const double* l, double* x) const {
+    double sums[kSides * kSolveBase] = {};
+    for (Size j = 0; j < n; j += kTileColumns) {
+      const Size end = Min(j + kTileColumns, n);
+      for (Size i = j; i < end; ++i) {
+        const double inverse = 1.0 / l[i * (ldl + 1)];
+        for (Size s = 0; s < kSides; ++s) {
+          double* side = x + s * ldx;
+          double value = side[i] - sums[s * kSolveBase + i];
+          for (Size k = j; k < i; ++k) value = AddProduct(value, -side[k], l[i + k * ldl]);
+          side[i] = value * inverse;
+        }
+      }
+      MultiplyVectors<kSides>(n - end, end - j, 1.0, l + end + j * ldl, ldl, x + j, ldx, sums + end,
+                              kSolveBase);
     }
   }
-}
 
-void SolveLowerTransposedEach(Size n, const double* l, Size ldl, Size m, double* b, Size ldb) {
-  constexpr Size kGroup = kDenseFewRightSides;
-  for (Size end = n; end > 0;) {
-    const Size j = (end - 1) / kVectorBlock * kVectorBlock;
-    Size s = 0;
-    for (; s + kGroup <= m; s += kGroup)
-      SolveColumnsTransposed<kGroup>(n, j, end, l, ldl, b + s * ldb, ldb);
-    for (; s < m; ++s) SolveColumnsTransposed<1>(n, j, end, l, ldl, b + s * ldb, ldb);
-    end = j;
+  void BackwardBase(Size n, const double* l, double* x) const {
+    double sums[kSides * kSolveBase] = {};
+    for (Size end = n; end > 0;) {
+      const Size j = end - Min(kTileColumns, end);
+      for (Size i = end; i-- > j;) {
+        const double inverse = 1.0 / l[i * (ldl + 1)];
+        for (Size s = 0; s < kSides; ++s) {
+          double* side = x + s * ldx;
+          double value = side[i] - sums[s * kSolveBase + i];
+          for (Size k = end; --k > i;) value = AddProduct(value, -side[k], l[k + i * ldl]);
+          side[i] = value * inverse;
+        }
+      }
+      AddTransposedBackwards<kSides>(end - j, j, l + j, ldl, x + j, ldx, sums, kSolveBase);
+      end = j;
+    }
   }
-}
+};
 
 void SolveLower(Size n, const double* l, Size ldl, Size m, double* b, Size ldb) {
-  if (m <= kDenseFewRightSides) return SolveLowerEach(n, l, ldl, m, b, ldb);
   // L X = B is X' L' = B'.
-  SolveRight(SolveWorkspace(n, m), m, n, {l, 1, Signed(ldl)}, {b, Signed(ldb), 1});
+  if (m > kFewSides)
+    return SolveRight(SolveWorkspace(n, m), m, n, {l, 1, Signed(ldl)}, {b, Signed(ldb), 1});
+  Size s = 0;
+  for (; s + kVectorSides <= m; s += kVectorSides)
+    VectorSolve<kVectorSides>{ldl, ldb}.Forward(n, l, b + s * ldb);
+  for (; s < m; ++s) VectorSolve<1>{ldl, ldb}.Forward(n, l, b + s * ldb);
 }
 
 void SolveLowerTransposed(Size n, const double* l, Size ldl, Size m, double* b, Size ldb) {
-  if (m <= kDenseFewRightSides) return SolveLowerTransposedEach(n, l, ldl, m, b, ldb);
-  // L' X = B with its equations and unknowns in reverse order is a lower system again.
-  const QVDenseView reversed{l + (n - 1) * (ldl + 1), -Signed(ldl), -1};
-  SolveRight(SolveWorkspace(n, m), m, n, reversed, {b + (n - 1), Signed(ldb), -1});
+  if (m > kFewSides) {
+    // L' X = B with its equations and unknowns in reverse order is a lower system again.
+    const QVDenseView reversed{l + (n - 1) * (ldl + 1), -Signed(ldl), -1};
+    return SolveRight(SolveWorkspace(n, m), m, n, reversed, {b + (n - 1), Signed(ldb), -1});
+  }
+  Size s = 0;
+  for (; s + kVectorSides <= m; s += kVectorSides)
+    VectorSolve<kVectorSides>{ldl, ldb}.Backward(n, l, b + s * ldb);
+  for (; s < m; ++s) VectorSolve<1>{ldl, ldb}.Backward(n, l, b + s * ldb);
 }
 
 }  // namespace

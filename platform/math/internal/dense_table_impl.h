@@ -18,24 +18,10 @@ namespace QVMath {
 namespace QV_DENSE_NAMESPACE {
 
 const QVDenseKernels kKernels = {
-    QV_DENSE_NAME,
-    Cholesky,
-    SolveLower,
-    SolveLowerTransposed,
-    SolveLowerEach,
-    SolveLowerTransposedEach,
-    Multiply,
-    RankUpdate,
-    Dot,
-    MultiplyTransposed,
-    MultiplyVector,
-    ExpArray,
-    LogArray,
-    ErfcArray,
-    LogisticTerms,
-    SumSeries,
-    SumMixture,
-    Tridiagonalise,
+    QV_DENSE_NAME,  Cholesky,   SolveLower, SolveLowerTransposed,
+    Multiply,       RankUpdate, Dot,        MultiplyTransposed,
+    MultiplyVector, ExpArray,   LogArray,   ErfcArray,
+    LogisticTerms,  SumSeries,  SumMixture, Tridiagonalise,
 };
 
 }  // namespace QV_DENSE_NAMESPACE

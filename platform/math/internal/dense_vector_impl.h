@@ -60,6 +60,16 @@ constexpr Size Max(Size a, Size b) { return a > b ? a : b; }
 constexpr Size RoundUp(Size n, Size multiple) { return (n + multiple - 1) / multiple * multiple; }
 constexpr Step Signed(Size n) { return static_cast<Step>(n); }
 
+/// sum + a b, rounded as an element of a register: the compiler vectorises a loop of such steps
+/// into products and a sum, which rounds twice.
+QV_DENSE_INLINE double AddProduct(double sum, double a, double b) {
+#ifdef __FMA__
+  return __builtin_fma(a, b, sum);
+#else
+  return sum + a * b;
+#endif
+}
+
 double Dot(Size n, const double* x, const double* y) {
   Vector sums[4] = {};
   Size i = 0;
@@ -119,45 +129,120 @@ QV_DENSE_INLINE void MultiplyVectors(Size n, Size m, double factor, const double
 /// Columns whose sums fill at least one register.
 constexpr Size kSumGroup = Max(kColumnGroup, kWidth);
 
-/// The same for y_s += factor * A' x_s.
-template <Size kSides>
-QV_DENSE_INLINE void MultiplyVectorsTransposed(Size n, Size m, double factor, const double* a,
-                                               Size lda, const double* x, Size ldx, double* y,
-                                               Size ldy) {
+/// y += factor * A' x.
+void MultiplyTransposed(Size n, Size m, double factor, const double* a, Size lda, const double* x,
+                        double* y) {
   Size j = 0;
   for (; j + kSumGroup <= m; j += kSumGroup) {
     const double* column = a + j * lda;
-    Vector sums[kSides][kSumGroup] = {};
+    Vector sums[kSumGroup] = {};
     Size i = 0;
     for (; i + kWidth <= n; i += kWidth)
 #pragma GCC unroll 8
-      for (Size c = 0; c < kSumGroup; ++c) {
-        const Vector v = Load(column + c * lda + i);
-#pragma GCC unroll 4
-        for (Size s = 0; s < kSides; ++s) sums[s][c] += v * Load(x + s * ldx + i);
-      }
-    for (Size s = 0; s < kSides; ++s) {
-      double rest[kSumGroup] = {};
-      for (Size k = i; k < n; ++k)
-        for (Size c = 0; c < kSumGroup; ++c) rest[c] += column[c * lda + k] * x[s * ldx + k];
-      for (Size c = 0; c < kSumGroup; c += kWidth) {
-        double* to = y + s * ldy + j + c;
-        Store(to, Load(to) + (SumsOf(sums[s] + c) + Load(rest + c)) * factor);
-      }
+      for (Size c = 0; c < kSumGroup; ++c) sums[c] += Load(column + c * lda + i) * Load(x + i);
+    double rest[kSumGroup] = {};
+    for (; i < n; ++i)
+      for (Size c = 0; c < kSumGroup; ++c) rest[c] += column[c * lda + i] * x[i];
+    for (Size c = 0; c < kSumGroup; c += kWidth) {
+      double* to = y + j + c;
+      Store(to, Load(to) + (SumsOf(sums + c) + Load(rest + c)) * factor);
     }
   }
+  for (; j < m; ++j) y[j] += factor * Dot(n, a + j * lda, x);
+}
+
+/// Rows become columns: halves, quarters and so on of the registers change places.
+QV_DENSE_INLINE void Transpose(Vector* x) {
+  Vector y[kWidth];
+#if QV_DENSE_WIDTH == 8
+  for (Size i = 0; i < 4; ++i) {
+    y[i] = __builtin_shufflevector(x[i], x[i + 4], 0, 1, 2, 3, 8, 9, 10, 11);
+    y[i + 4] = __builtin_shufflevector(x[i], x[i + 4], 4, 5, 6, 7, 12, 13, 14, 15);
+  }
+  for (Size k = 0; k < 4; ++k) {
+    const Size i = k / 2 * 4 + k % 2;
+    x[i] = __builtin_shufflevector(y[i], y[i + 2], 0, 1, 8, 9, 4, 5, 12, 13);
+    x[i + 2] = __builtin_shufflevector(y[i], y[i + 2], 2, 3, 10, 11, 6, 7, 14, 15);
+  }
+  for (Size i = 0; i < 8; i += 2) {
+    y[i] = __builtin_shufflevector(x[i], x[i + 1], 0, 8, 2, 10, 4, 12, 6, 14);
+    y[i + 1] = __builtin_shufflevector(x[i], x[i + 1], 1, 9, 3, 11, 5, 13, 7, 15);
+  }
+  for (Size i = 0; i < 8; ++i) x[i] = y[i];
+#elif QV_DENSE_WIDTH == 4
+  for (Size i = 0; i < 2; ++i) {
+    y[i] = __builtin_shufflevector(x[i], x[i + 2], 0, 1, 4, 5);
+    y[i + 2] = __builtin_shufflevector(x[i], x[i + 2], 2, 3, 6, 7);
+  }
+  for (Size i = 0; i < 4; i += 2) {
+    x[i] = __builtin_shufflevector(y[i], y[i + 1], 0, 4, 2, 6);
+    x[i + 1] = __builtin_shufflevector(y[i], y[i + 1], 1, 5, 3, 7);
+  }
+#else
+  static_assert(kWidth == 2);
+  y[0] = x[0];
+  x[0] = __builtin_shufflevector(y[0], x[1], 0, 2);
+  x[1] = __builtin_shufflevector(y[0], x[1], 1, 3);
+#endif
+}
+
+/// The sums below for kGroup registers of columns.
+template <Size kSides, Size kGroup>
+QV_DENSE_INLINE void AddTransposedTile(Size n, const double* a, Size lda, const double* x, Size ldx,
+                                       double* y, Size ldy) {
+  Vector sums[kSides][kGroup];
+  for (Size s = 0; s < kSides; ++s)
+    for (Size g = 0; g < kGroup; ++g) sums[s][g] = Load(y + s * ldy + g * kWidth);
+  Size i = n;
+  for (; i % kWidth != 0; --i)
+    for (Size g = 0; g < kGroup; ++g) {
+      Vector row;
+      for (Size lane = 0; lane < kWidth; ++lane) row[lane] = a[i - 1 + (g * kWidth + lane) * lda];
+      for (Size s = 0; s < kSides; ++s) sums[s][g] += row * x[s * ldx + i - 1];
+    }
+  for (; i > 0; i -= kWidth) {
+    const double* block = a + i - kWidth;
+    const double* from = x + i - kWidth;
+#pragma GCC unroll 4
+    for (Size g = 0; g < kGroup; ++g) {
+      Vector rows[kWidth];
+#pragma GCC unroll 8
+      for (Size lane = 0; lane < kWidth; ++lane)
+        rows[lane] = Load(block + (g * kWidth + lane) * lda);
+      Transpose(rows);
+#pragma GCC unroll 8
+      for (Size r = 1; r <= kWidth; ++r)
+#pragma GCC unroll 4
+        for (Size s = 0; s < kSides; ++s)
+          sums[s][g] += rows[kWidth - r] * from[s * ldx + kWidth - r];
+    }
+  }
+  for (Size s = 0; s < kSides; ++s)
+    for (Size g = 0; g < kGroup; ++g) Store(y + s * ldy + g * kWidth, sums[s][g]);
+}
+
+/// y_s += A' x_s for kSides vectors x_s and y_s (A is n x m), each element added up from the last
+/// row to the first.
+template <Size kSides>
+void AddTransposedBackwards(Size n, Size m, const double* a, Size lda, const double* x, Size ldx,
+                            double* y, Size ldy) {
+  constexpr Size kGroup = kSides == 1 ? 4 : 2;
+  Size j = 0;
+  for (; j + kGroup * kWidth <= m; j += kGroup * kWidth)
+    AddTransposedTile<kSides, kGroup>(n, a + j * lda, lda, x, ldx, y + j, ldy);
+  for (; j + kWidth <= m; j += kWidth)
+    AddTransposedTile<kSides, 1>(n, a + j * lda, lda, x, ldx, y + j, ldy);
   for (; j < m; ++j)
-    for (Size s = 0; s < kSides; ++s) y[s * ldy + j] += factor * Dot(n, a + j * lda, x + s * ldx);
+    for (Size s = 0; s < kSides; ++s) {
+      double sum = y[s * ldy + j];
+      for (Size i = n; i-- > 0;) sum = AddProduct(sum, a[i + j * lda], x[s * ldx + i]);
+      y[s * ldy + j] = sum;
+    }
 }
 
 void MultiplyVector(Size n, Size m, double factor, const double* a, Size lda, const double* x,
                     double* y) {
   MultiplyVectors<1>(n, m, factor, a, lda, x, 0, y, 0);
-}
-
-void MultiplyTransposed(Size n, Size m, double factor, const double* a, Size lda, const double* x,
-                        double* y) {
-  MultiplyVectorsTransposed<1>(n, m, factor, a, lda, x, 0, y, 0);
 }
 
 }  // namespace

@@ -109,11 +109,10 @@ class QVSTATS_EXPORT QVKrigeSystem : public std::enable_shared_from_this<QVKrige
   bool IsValidVariance(double variance) const;
 
   /// y'w in the first row and c'w in the second, a column a query, from border rows and
-  /// covariances. Further columns of `c` are solved along. The columns are left half way to the
-  /// weights, as z - G lambda. The numbers need not be finite.
-  /// \param each whether each column is to get the bits that it gets alone, at a higher cost.
-  virtual Eigen::Matrix2Xd SolveMoments(const Eigen::MatrixXd& borderRows, Eigen::MatrixXd& c,
-                                        bool each) const = 0;
+  /// covariances. The columns are left half way to the weights, as z - G lambda. The numbers need
+  /// not be finite.
+  virtual Eigen::Matrix2Xd SolveMoments(const Eigen::MatrixXd& borderRows,
+                                        Eigen::MatrixXd& c) const = 0;
   /// Goes the other half: each column becomes the weights of its query.
   virtual void FinishWeights(Eigen::MatrixXd& c) const = 0;
 

@@ -36,8 +36,8 @@ class QueryPredictor {
   void Run() {
     MoleculeSource source(arguments_.query, MakeSourceOptions(arguments_));
     Progress progress("predicting", 0, arguments_.quiet);
-    // Solved together, and so few that their molecules stay in the cache.
-    constexpr std::size_t kBlock = 96;
+    // Solved together: as many as the model takes through its matrix at a time.
+    constexpr std::size_t kBlock = 240;
     std::vector<MoleculeRecord> block;
     std::optional<Failure> fault;
     std::size_t done = 0;

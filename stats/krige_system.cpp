@@ -230,8 +230,7 @@ class BorderedSystem : public QVKrigeSystem {
 };
 
 /// The covariances of queries, column by column, as the bits of one do not depend on the others.
-template <class Distances>
-MatrixXd GetCovariances(const Distances& distances, const QVKrigeKernelBase& kernel) {
+MatrixXd GetCovariances(const MatrixXd& distances, const QVKrigeKernelBase& kernel) {
   MatrixXd covariances = MakeLargeMatrix(distances.rows(), distances.cols());
   for (Index q = 0; q < distances.cols(); ++q)
     kernel.GetCovariances(distances.col(q).data(), covariances.col(q).data(),
@@ -353,30 +352,24 @@ class QVKrigeSystem::WeightsOnDemand : public QVKrigeWeights {
 
 std::vector<QVKrigeResult> QVKrigeSystem::GetResults(const MatrixXd& distances,
                                                      const MatrixXd& properties) const {
-  // Enough for matrix products; a result that is kept keeps the weights of so many.
-  constexpr Index kTogether = 96;
-  const MatrixXd borderRows = MakeBorderRows(properties);
-  std::vector<QVKrigeResult> results(Count(distances.cols()));
-  for (Index first = 0; first < distances.cols(); first += kTogether) {
-    const Index count = std::min(kTogether, distances.cols() - first);
-    MatrixXd columns = GetCovariances(distances.middleCols(first, count), *kernel_);
-    const Eigen::RowVectorXd least = columns.colwise().minCoeff();
-    const Eigen::Matrix2Xd moments = SolveMoments(borderRows.middleCols(first, count), columns);
-    std::vector<Index> identical;
-    for (Index k = 0; k < count; ++k)
-      identical.push_back(FindIdenticalPoint(distances.col(first + k).data(), distances.rows()));
-    const auto weights =
-        std::make_shared<const WeightsOnDemand>(shared_from_this(), std::move(columns), identical);
-    for (Index k = 0; k < count; ++k) {
-      const double* d = distances.col(first + k).data();
-      std::optional<QVKrigeEstimate> estimate = Judge(d, identical[Count(k)], moments.col(k));
-      if (!estimate) continue;
-      // Covariances and variances below 0 are for whoever asks for the variance to report.
-      if (!(least[k] >= 0.0) || estimate->variance < 0.0) estimate.reset();
-      results[Count(first + k)] = QVKrigeResult(std::make_unique<QVKrigeResultImpl>(
-          points_, kernel_, baseline_, std::vector<double>(d, d + distances.rows()), weights,
-          Count(k), estimate));
-    }
+  MatrixXd columns = GetCovariances(distances, *kernel_);
+  const Eigen::RowVectorXd least = columns.colwise().minCoeff();
+  const Eigen::Matrix2Xd moments = SolveMoments(MakeBorderRows(properties), columns);
+  std::vector<Index> identical;
+  for (Index q = 0; q < distances.cols(); ++q)
+    identical.push_back(FindIdenticalPoint(distances.col(q).data(), distances.rows()));
+  const auto weights =
+      std::make_shared<const WeightsOnDemand>(shared_from_this(), std::move(columns), identical);
+  std::vector<QVKrigeResult> results(identical.size());
+  for (Index q = 0; q < distances.cols(); ++q) {
+    const double* d = distances.col(q).data();
+    std::optional<QVKrigeEstimate> estimate = Judge(d, identical[Count(q)], moments.col(q));
+    if (!estimate) continue;
+    // Covariances and variances below 0 are for whoever asks for the variance to report.
+    if (!(least[q] >= 0.0) || estimate->variance < 0.0) estimate.reset();
+    results[Count(q)] = QVKrigeResult(std::make_unique<QVKrigeResultImpl>(
+        points_, kernel_, baseline_, std::vector<double>(d, d + distances.rows()), weights,
+        Count(q), estimate));
   }
   return results;
 }

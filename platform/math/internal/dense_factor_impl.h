@@ -148,7 +148,7 @@ constexpr Size kVectorSides = 3;
 /// Up to so many are solved as vectors: in matrix products they would be mostly padding.
 constexpr Size kFewSides = 2 * kVectorSides;
 /// Sums that stay in the L1 cache while columns pass by.
-constexpr Size kVectorSums = 512;
+constexpr Size kVectorSums = 2048;
 
 /// The solves of few right sides. They split the triangle as SolveRight does and add up in the same
 /// order, so that a vector gets the bits that it has among many.

@@ -186,6 +186,9 @@ QV_DENSE_INLINE void Transpose(Vector* x) {
 #endif
 }
 
+/// Parts of columns longer than this come from beyond the L1 cache.
+constexpr Size kLongColumn = 32;
+
 /// The sums below for kGroup registers of columns.
 template <Size kSides, Size kGroup>
 QV_DENSE_INLINE void AddTransposedTile(Size n, const double* a, Size lda, const double* x, Size ldx,
@@ -209,6 +212,11 @@ QV_DENSE_INLINE void AddTransposedTile(Size n, const double* a, Size lda, const 
 #pragma GCC unroll 8
       for (Size lane = 0; lane < kWidth; ++lane)
         rows[lane] = Load(block + (g * kWidth + lane) * lda);
+      // So many columns are beyond what the processor fetches ahead of itself.
+      if (n > kLongColumn)
+#pragma GCC unroll 8
+        for (Size lane = 0; lane < kWidth; ++lane)
+          __builtin_prefetch(block + ((kGroup + g) * kWidth + lane) * lda);
       Transpose(rows);
 #pragma GCC unroll 8
       for (Size r = 1; r <= kWidth; ++r)

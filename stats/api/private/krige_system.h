@@ -89,8 +89,9 @@ class QVSTATS_EXPORT QVKrigeSystem : public std::enable_shared_from_this<QVKrige
   const QVKrigeKernelBase& GetKernel() const { return *kernel_; }
 
   /// Results of m queries, in order; an invalid one where the variance is out of bounds. A block
-  /// of queries and the queries one by one give the same bits. A result solves for its weights when
-  /// one is first read, and keeps the system alive until then.
+  /// of queries and the queries one by one give the same bits. The weights of all are solved
+  /// for when one is first read; until then the results keep the system alive, and after that each
+  /// keeps the weights of all.
   /// \param distances n x m, from each query to the points.
   /// \param properties p x m.
   std::vector<QVKrigeResult> GetResults(const Eigen::MatrixXd& distances,

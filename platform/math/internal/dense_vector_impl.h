@@ -60,14 +60,10 @@ constexpr Size Max(Size a, Size b) { return a > b ? a : b; }
 constexpr Size RoundUp(Size n, Size multiple) { return (n + multiple - 1) / multiple * multiple; }
 constexpr Step Signed(Size n) { return static_cast<Step>(n); }
 
-/// sum + a b, rounded as an element of a register: the compiler vectorises a loop of such steps
-/// into products and a sum, which rounds twice.
+/// sum + a b, rounded once or twice as an element of a register is. Plain numbers would not be: the
+/// compiler vectorises a loop of such steps into products and a sum, without fusing the two.
 QV_DENSE_INLINE double AddProduct(double sum, double a, double b) {
-#ifdef __FMA__
-  return __builtin_fma(a, b, sum);
-#else
-  return sum + a * b;
-#endif
+  return ((Vector{} + sum) + (Vector{} + a) * b)[0];
 }
 
 double Dot(Size n, const double* x, const double* y) {

@@ -6,6 +6,7 @@
 #   test       builds and passes the tests
 #   sanitize   the tests under the address and undefined-behaviour sanitizers
 #   threads    the tests of shared objects under the thread sanitizer
+#   coverage   the share of lines and branches that the tests run, by area
 #   fuzz       each fuzz target for a minute, or FUZZ_SECONDS
 #   format     checks the formatting
 #   lint       the layers, and cppcheck
@@ -89,6 +90,26 @@ threads() {
   TSAN_OPTIONS=halt_on_error=1 build/threads/tests/threads_test
 }
 
+# What each line ran stands in build/coverage/lines.txt.
+coverage() {
+  packages "${INSTRUMENTED[@]}" llvm python3
+  local out=$PWD/build/coverage program objects=()
+  export LLVM_PROFILE_FILE=$out/profiles/%m.profraw
+  build coverage
+  say "testing (coverage)"
+  rm -rf "$out/profiles"  # of test programs that were asked for their tests
+  # A limit on the size of files would cut the profile off too.
+  ctest --preset coverage --parallel "$JOBS" --exclude-regex AFileAtItsLimit
+  say "coverage"
+  llvm-profdata merge --sparse "$out"/profiles/*.profraw --output "$out/all.profdata"
+  for program in "$out"/stats/libqvstats.so "$out"/platform/*/libqv*.so "$out"/tests/*_test; do
+    objects+=(-object "$program")
+  done
+  objects=("$out/apps/qvstats" "${objects[@]}" -instr-profile "$out/all.profdata" platform stats apps)
+  llvm-cov show "${objects[@]}" >"$out/lines.txt"
+  llvm-cov export -summary-only "${objects[@]}" | tools/coverage_by_area.py
+}
+
 # The subcommands and options of the help texts, as a fuzzer's dictionary.
 words_of_command_line() {
   local program=build/sanitize/apps/qvstats commands command
@@ -140,8 +161,7 @@ lint() {
 
 tidy() {
   packages clang-tidy
-  cmake --preset release
-  cmake --build --preset release --parallel "$JOBS" --target qvstats  # the generated headers
+  cmake --preset release  # for the list of compilations and the generated headers
   say "clang-tidy"
   git ls-files | grep -E '^(platform|stats|apps)/.*\.cpp$' |
     xargs -P "$JOBS" -n 4 clang-tidy --quiet -p build/release
@@ -228,10 +248,10 @@ bench() {
 }
 
 case "${1:-}" in
-  demo | sanitize | threads | fuzz | format | lint | tidy | symbols | consumer | package | docs | bench) "$1" ;;
+  demo | sanitize | threads | coverage | fuzz | format | lint | tidy | symbols | consumer | package | docs | bench) "$1" ;;
   test) tests ;;
   *)
-    sed -n '2,20s/^# \{0,1\}//p' "$0"
+    sed -n '2,21s/^# \{0,1\}//p' "$0"
     exit 1
     ;;
 esac

@@ -78,10 +78,7 @@ function(qvstats_test area)
   target_link_libraries(${area}_test PRIVATE qvstats_testable qvstats_build_flags Eigen3::Eigen
     GTest::gmock_main)
   # What is tested is optimised; the tests themselves had better compile quickly.
-  target_compile_options(${area}_test PRIVATE $<$<CONFIG:Release>:-O1>)
-  if(QVSTATS_SANITIZE)
-    target_compile_options(${area}_test PRIVATE -O0)
-  endif()
+  target_compile_options(${area}_test PRIVATE $<$<CONFIG:Release>:-O1> $<$<CONFIG:Debug>:-O0>)
   target_compile_definitions(${area}_test PRIVATE
     QVSTATS_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
   # The font library keeps a few patterns until the process ends.

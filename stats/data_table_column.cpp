@@ -6,6 +6,7 @@
 #include "platform/system/text.h"
 #include "stats/api/data_table.h"
 #include "stats/api/data_transforms_columns.h"
+#include "stats/failure.h"
 
 namespace QVStats {
 
@@ -18,26 +19,13 @@ using QVStatVariableType::Interval;
 using QVStatVariableType::Nominal;
 using QVStatVariableType::Ratio;
 
-QVStatModelResult Fail(unsigned int type, const char* where, const std::string& comment = "") {
-  QVStatModelResult result;
-  result.SetFailureTypeAndWhereFailed(type, where);
-  if (!comment.empty()) result.AddExtraComment(comment);
-  return result;
-}
-
-/// A failure, if it is one, with the caller's name added.
-QVStatModelResult PassOn(QVStatModelResult result, const char* where) {
-  if (result.NotSuccessful()) result.AddCallContext(where);
-  return result;
-}
-
 /// What every append asks first: an open column of a level that stores values.
 QVStatModelResult CheckTakesValues(const QVDataTableCol& column, const char* where) {
-  if (column.ColIsReadOnly()) return Fail(VariableIsReadOnly, where);
+  if (column.ColIsReadOnly()) return QVFailure(VariableIsReadOnly, where);
   const unsigned int level = column.GetStatVariableType();
   const bool stores =
       level == Nominal || level == Interval || level == Ratio || level == Identifier;
-  return stores ? QVStatModelResult(true) : Fail(ColumnHasWrongDataType, where);
+  return stores ? QVStatModelResult(true) : QVFailure(ColumnHasWrongDataType, where);
 }
 
 /// The failure of a checked append that met a column of another kind.
@@ -48,7 +36,7 @@ QVStatModelResult FailKind(const char* where, const char* kind, unsigned int lev
                                 ? "Interval Var accepts only " + std::string(kindOfInterval) + "!"
                             : level == Ratio ? "Ratio Var accepts only doubles!"
                                              : "Identifier Var accepts only strings!";
-  return Fail(ArgumentTypeWrong, where, std::string("Tried adding ") + kind + ", but " + takes);
+  return QVFailure(ArgumentTypeWrong, where) << "Tried adding " << kind << ", but " << takes;
 }
 
 template <class Number>
@@ -69,7 +57,7 @@ QVStatModelResult ConvertAndAppend(QVDataTableCol& column, Number value, const c
   if (check.NotSuccessful()) return check;
   switch (column.GetStatVariableType()) {
     case Nominal:
-      return PassOn(QVAppendStringToCol(column, ToText(value)), where);
+      return QVCalledFrom(where, QVAppendStringToCol(column, ToText(value)));
     case Interval:
       column.GetImpl()->PushBackInt(ToInt(value));
       return true;
@@ -79,7 +67,7 @@ QVStatModelResult ConvertAndAppend(QVDataTableCol& column, Number value, const c
     default:
       // The text is stored, and the kind is reported all the same.
       column.GetImpl()->PushBackString(ToText(value));
-      return Fail(ColumnHasWrongDataType, where);
+      return QVFailure(ColumnHasWrongDataType, where);
   }
 }
 
@@ -227,8 +215,8 @@ QVStatModelResult QVAppendStringToCol(QVDataTableCol& column, const std::string&
   }
   const unsigned int code = column.GetImpl()->IndexOfStringInListOfPossibleValues(value);
   if (code == QVStatsBadData::BadUnsigned)
-    return Fail(ArgumentOutOfRange, where,
-                "String " + value + " not found in list of unique nominal values");
+    return QVFailure(ArgumentOutOfRange, where)
+           << "String " << value << " not found in list of unique nominal values";
   column.GetImpl()->PushBackUnsigned(code);
   return true;
 }
@@ -239,7 +227,7 @@ QVStatModelResult QVAppendMissingDataToCol(QVDataTableCol& column) {
   if (check.NotSuccessful()) return check;
   switch (column.GetStatVariableType()) {
     case Nominal:
-      return PassOn(QVAppendStringToCol(column, QVStatsBadData::MissingString), where);
+      return QVCalledFrom(where, QVAppendStringToCol(column, QVStatsBadData::MissingString));
     case Interval:
       column.GetImpl()->PushBackInt(QVStatsBadData::MissingInt);
       return true;
@@ -275,8 +263,9 @@ QVStatModelResult QVConvertStringAndAppendToCol(QVDataTableCol& column, const st
   const QVStatModelResult check = CheckTakesValues(column, where);
   if (check.NotSuccessful()) return check;
   const unsigned int level = column.GetStatVariableType();
-  const auto failParse = [&](const char* type) {
-    return Fail(ArgumentValueWrong, where, "Unable to parse field : " + value + " as " + type);
+  const auto failParse = [&](const char* type) -> QVStatModelResult {
+    return QVFailure(ArgumentValueWrong, where)
+           << "Unable to parse field : " << value << " as " << type;
   };
   if (level == Interval) {
     int number = 0;
@@ -290,7 +279,7 @@ QVStatModelResult QVConvertStringAndAppendToCol(QVDataTableCol& column, const st
     column.GetImpl()->PushBackDouble(number);
     return true;
   }
-  return PassOn(QVAppendStringToCol(column, value), where);
+  return QVCalledFrom(where, QVAppendStringToCol(column, value));
 }
 
 // Slices.

@@ -3,19 +3,13 @@
 #include <algorithm>
 #include <numeric>
 
+#include "stats/failure.h"
+
 namespace QVStats {
 
 using namespace QVStatModelFailureType;
 
 namespace {
-
-/// A failure of `where` with a comment.
-QVStatModelResult Fail(unsigned int type, const char* where, const std::string& comment) {
-  QVStatModelResult result;
-  result.SetFailureTypeAndWhereFailed(type, where);
-  result.AddExtraComment(comment);
-  return result;
-}
 
 auto HasName(const std::string& name) {
   return [&name](const QVDataTableCol& column) { return column.GetColumnName() == name; };
@@ -55,17 +49,16 @@ QVStatModelResult QVDataTableColSetImpl::AddColumn(const QVDataTableCol& column)
   const std::string& name = column.GetColumnName();
   if (!columns_.empty()) {
     if (ColWithThisNameIsInSet(name))
-      return Fail(DuplicateNames, where,
-                  "Column name: " + name +
-                      "\ncolumn with same name already present!\n"
-                      " Use SetColumnName to change current Column Name\n");
+      return QVFailure(DuplicateNames, where)
+             << "Column name: " << name
+             << "\ncolumn with same name already present!\n"
+                " Use SetColumnName to change current Column Name\n";
     const std::size_t numRows = column.GetTotalNumRowsInCol();
     const std::size_t expected = columns_.front().GetTotalNumRowsInCol();
     if (numRows != expected)
-      return Fail(WrongInputVectorSize, where,
-                  "New column (name: " + name + ") has wrong number rows!. Has " +
-                      std::to_string(numRows) + " Data table expects " + std::to_string(expected) +
-                      "\n");
+      return QVFailure(WrongInputVectorSize, where)
+             << "New column (name: " << name << ") has wrong number rows!. Has " << numRows
+             << " Data table expects " << expected << "\n";
   }
   columns_.push_back(column);
   return true;
@@ -74,9 +67,10 @@ QVStatModelResult QVDataTableColSetImpl::AddColumn(const QVDataTableCol& column)
 QVStatModelResult QVDataTableColSetImpl::DeleteColumn(const std::string& name) {
   const char* const where = "QVDataTableColSetImpl::DeleteColumn";
   const std::string comment = "Can't find column " + name + " in column set";
-  if (columns_.empty()) return Fail(ColumnNotFound, where, comment + " because the set is empty!");
+  if (columns_.empty())
+    return QVFailure(ColumnNotFound, where) << comment << " because the set is empty!";
   const auto found = std::find_if(columns_.begin(), columns_.end(), HasName(name));
-  if (found == columns_.end()) return Fail(ColumnNotFound, where, comment);
+  if (found == columns_.end()) return QVFailure(ColumnNotFound, where) << comment;
   columns_.erase(found);
   return true;
 }
@@ -101,20 +95,16 @@ QVDataTableImpl::QVDataTableImpl(std::string name, const QVDataTableImpl& parent
 QVStatModelResult QVDataTableImpl::AddColumn(const QVDataTableCol& column) {
   const char* const where = "QVDataTableImpl::AddColumn";
   QVStatModelResult result = columns_.AddColumn(column);
-  if (result.NotSuccessful()) {
-    result.AddCallContext(where);
-    return result;
-  }
+  if (QVFailedIn(result, where)) return result;
   if (columns_.GetNumColumns() != 1) return true;
   const std::size_t numRows = column.GetTotalNumRowsInCol();
   if (rows_.GetNumRows() == 0) {
     rows_ = QVDataTableRowSet(numRows);
   } else if (rows_.GetHighestRowNum() >= numRows) {
-    return Fail(WrongInputVectorSize, where,
-                "Existing row set addresses rownumbers beyond the column size\n"
-                "Highest row number in row set is: " +
-                    std::to_string(rows_.GetHighestRowNum()) +
-                    " While num rows in input col is: " + std::to_string(numRows));
+    return QVFailure(WrongInputVectorSize, where)
+           << "Existing row set addresses rownumbers beyond the column size\n"
+              "Highest row number in row set is: "
+           << rows_.GetHighestRowNum() << " While num rows in input col is: " << numRows;
   }
   return true;
 }

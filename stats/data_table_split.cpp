@@ -4,20 +4,14 @@
 #include <cmath>
 #include <limits>
 #include <numeric>
-#include <sstream>
+
+#include "stats/failure.h"
 
 namespace QVStats {
 
 using namespace QVStatModelFailureType;
 
 namespace {
-
-QVStatModelResult Fail(unsigned int type, const char* where, const std::string& comment) {
-  QVStatModelResult result;
-  result.SetFailureTypeAndWhereFailed(type, where);
-  result.AddExtraComment(comment);
-  return result;
-}
 
 std::vector<std::size_t> MakePositions(std::size_t size) {
   std::vector<std::size_t> positions(size);
@@ -29,9 +23,8 @@ std::vector<std::size_t> MakePositions(std::size_t size) {
 QVStatModelResult CheckNumToChoose(std::size_t numToChoose, std::size_t numRows,
                                    const char* where) {
   if (numToChoose < numRows) return true;
-  return Fail(ArgumentOutOfRange, where,
-              "Asking to choose " + std::to_string(numToChoose) + " rows out of " +
-                  std::to_string(numRows) + " rows available");
+  return QVFailure(ArgumentOutOfRange, where)
+         << "Asking to choose " << numToChoose << " rows out of " << numRows << " rows available";
 }
 
 /// Gives the rows to the two tables, those with a mark to the first.
@@ -125,11 +118,9 @@ QVStatModelResult QVSplitDataTableByRandomRowSelection(QVDataTable& selected, QV
                                                        QVMath::QVRanNumEngine& engine,
                                                        double selectionProbability,
                                                        const QVDataTable& source) {
-  if (!(selectionProbability >= 0.0 && selectionProbability <= 1.0)) {
-    std::ostringstream comment;
-    comment << "Bad selectionProbability: " << selectionProbability;
-    return Fail(ArgumentOutOfRange, "SplitDataTableByRandomRowSelection", comment.str());
-  }
+  if (!(selectionProbability >= 0.0 && selectionProbability <= 1.0))
+    return QVFailure(ArgumentOutOfRange, "SplitDataTableByRandomRowSelection")
+           << "Bad selectionProbability: " << selectionProbability;
   const std::vector<std::size_t> rows = source.GetRowNumbers();
   const QVMath::QVUniformDoubleRNG uniform(0.0, 1.0);
   std::vector<bool> isSelected(rows.size());
@@ -172,9 +163,9 @@ QVStatModelResult QVSplitDataTableByMaxUnifCoverageOfColVals(
   const auto numReadable = static_cast<std::size_t>(std::count_if(
       rows.begin(), rows.end(), [&](std::size_t row) { return !column.RowColIndexIsBad(row, 0); }));
   if (numReadable != rows.size())
-    return Fail(InternalLogicFailure, where,
-                "Distance matrix has " + std::to_string(numReadable) +
-                    "rows;  Whereas dataTable has " + std::to_string(rows.size()) + " rows");
+    return QVFailure(InternalLogicFailure, where)
+           << "Distance matrix has " << numReadable << "rows;  Whereas dataTable has "
+           << rows.size() << " rows";
 
   const ColumnDistances distances(column, rows);
   std::vector<bool> isSelected(rows.size());

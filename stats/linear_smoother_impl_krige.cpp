@@ -71,6 +71,18 @@ QVStatModelResult QVKrigeOnSimilarityBase::GetPredictedResponse(
   return PredictOne(predicted, averageWeight, estimatedError, similarities);
 }
 
+QVStatModelResult QVKrigeOnSimilarityBase::GetPredictedResponses(
+    QVSimilarityPredictions& predictions, const Eigen::MatrixXd& similarities) const {
+  predictions = {};
+  Eigen::MatrixXd covariances;
+  QVSimilarityPredictions all;
+  QVStatModelResult result = GetCovariances(covariances, all.averageWeights, similarities);
+  if (result.NotSuccessful()) return result;
+  Predict(all, covariances);
+  predictions = std::move(all);
+  return true;
+}
+
 QVStatModelResult QVKrigeOnSimilarityBase::GetCovariances(
     Eigen::MatrixXd& covariances, std::vector<double>& averageWeights,
     const Eigen::MatrixXd& similarities) const {
@@ -123,16 +135,9 @@ void QVKrigeOnSimilarity::SetResponses(const Eigen::VectorXd& responses) {
   meanResponse_ = QVSolveSimpleKriging(weights_, factor_, responses);
 }
 
-QVStatModelResult QVKrigeOnSimilarity::GetPredictedResponses(
-    QVSimilarityPredictions& predictions, const Eigen::MatrixXd& similarities) const {
-  predictions = {};
-  Eigen::MatrixXd covariances;
-  QVSimilarityPredictions all;
-  QVStatModelResult result = GetCovariances(covariances, all.averageWeights, similarities);
-  if (result.NotSuccessful()) return result;
-  QVPredictBySimpleKriging(all, covariances, factor_, weights_, meanResponse_, GetSill());
-  predictions = std::move(all);
-  return true;
+void QVKrigeOnSimilarity::Predict(QVSimilarityPredictions& predictions,
+                                  Eigen::MatrixXd& covariances) const {
+  QVPredictBySimpleKriging(predictions, covariances, factor_, weights_, meanResponse_, GetSill());
 }
 
 QVStatModelResult QVKrigeOnSimilarity::GetLeaveOneOutPredictions(
@@ -201,20 +206,13 @@ void QVOrdinaryKrigeOnSimilarity::SetResponses(const Eigen::VectorXd& responses)
   weights_[n] = mean;
 }
 
-QVStatModelResult QVOrdinaryKrigeOnSimilarity::GetPredictedResponses(
-    QVSimilarityPredictions& predictions, const Eigen::MatrixXd& similarities) const {
-  predictions = {};
-  Eigen::MatrixXd covariances;
-  QVSimilarityPredictions all;
-  QVStatModelResult result = GetCovariances(covariances, all.averageWeights, similarities);
-  if (result.NotSuccessful()) return result;
+void QVOrdinaryKrigeOnSimilarity::Predict(QVSimilarityPredictions& predictions,
+                                          Eigen::MatrixXd& covariances) const {
   const Eigen::Index n = covariances.rows();
   for (Eigen::Index object = 0; object < covariances.cols(); ++object)
-    all.predicted.push_back(QVDot(covariances.col(object).data(), weights_.data(), n) +
-                            weights_[n]);
-  all.estimatedErrors.assign(all.predicted.size(), BadDouble);
-  predictions = std::move(all);
-  return true;
+    predictions.predicted.push_back(QVDot(covariances.col(object).data(), weights_.data(), n) +
+                                    weights_[n]);
+  predictions.estimatedErrors.assign(predictions.predicted.size(), BadDouble);
 }
 
 QVStatModelResult QVOrdinaryKrigeOnSimilarity::GetOrdinaryKrigingErrors(

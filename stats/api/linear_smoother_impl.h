@@ -314,6 +314,8 @@ class QVSTATS_EXPORT QVKrigeOnSimilarityBase : public QVLinearSmootherOnSimilari
   QVStatModelResult GetPredictedResponse(double& predicted, double& averageWeight,
                                          double& estimatedError,
                                          const QVDataTableCol& similarities) const override;
+  QVStatModelResult GetPredictedResponses(QVSimilarityPredictions& predictions,
+                                          const Eigen::MatrixXd& similarities) const override;
 
  protected:
   /// The names of a model's routines, as failures tell them.
@@ -329,6 +331,9 @@ class QVSTATS_EXPORT QVKrigeOnSimilarityBase : public QVLinearSmootherOnSimilari
   /// Factorises C, given by its lower triangle, in place. \return whether it is usable.
   virtual bool Factorise(Eigen::MatrixXd& covariance) = 0;
   virtual void SetResponses(const Eigen::VectorXd& responses) = 0;
+  /// Predicts objects from their covariances with the training rows, which it may overwrite.
+  virtual void Predict(QVSimilarityPredictions& predictions,
+                       Eigen::MatrixXd& covariances) const = 0;
 
   double GetPartialSill() const { return params_[2] - params_[1]; }
   double GetSill() const { return params_[2]; }
@@ -356,13 +361,12 @@ class QVSTATS_EXPORT QVKrigeOnSimilarity : public QVKrigeOnSimilarityBase {
   QVKrigeOnSimilarity(unsigned int kernelType, const std::string& responseColName,
                       const std::string& similarityColName, const QVDataTable& table);
   QVKrigeOnSimilarity* CreateCopy() const override { return new QVKrigeOnSimilarity(*this); }
-  QVStatModelResult GetPredictedResponses(QVSimilarityPredictions& predictions,
-                                          const Eigen::MatrixXd& similarities) const override;
   QVStatModelResult GetLeaveOneOutPredictions(QVSimilarityPredictions& predictions) const override;
 
  private:
   bool Factorise(Eigen::MatrixXd& covariance) override;
   void SetResponses(const Eigen::VectorXd& responses) override;
+  void Predict(QVSimilarityPredictions& predictions, Eigen::MatrixXd& covariances) const override;
 
   double meanResponse_ = 0.0;
   Eigen::VectorXd weights_;
@@ -380,8 +384,6 @@ class QVSTATS_EXPORT QVOrdinaryKrigeOnSimilarity : public QVKrigeOnSimilarityBas
   QVOrdinaryKrigeOnSimilarity* CreateCopy() const override {
     return new QVOrdinaryKrigeOnSimilarity(*this);
   }
-  QVStatModelResult GetPredictedResponses(QVSimilarityPredictions& predictions,
-                                          const Eigen::MatrixXd& similarities) const override;
   /// The estimated errors are those of ordinary kriging.
   QVStatModelResult GetLeaveOneOutPredictions(QVSimilarityPredictions& predictions) const override;
   /// The errors of the predictions of m objects (as GetPredictedResponses takes them),
@@ -392,6 +394,7 @@ class QVSTATS_EXPORT QVOrdinaryKrigeOnSimilarity : public QVKrigeOnSimilarityBas
  private:
   bool Factorise(Eigen::MatrixXd& covariance) override;
   void SetResponses(const Eigen::VectorXd& responses) override;
+  void Predict(QVSimilarityPredictions& predictions, Eigen::MatrixXd& covariances) const override;
 
   /// A^-1, kept only when C is not positive definite, so that factor_ is empty.
   Eigen::MatrixXd inverse_;

@@ -135,8 +135,10 @@ void QVGetUserDefinedConstBinWidthHistogram(double& xlo, double& xhi, double& ym
   QVGetXloXhiForSortedData(xlo, xhi, sorted, lo, hi);
   const double width = (xhi - xlo) / QVDoubleFromCount(numBins);
   densities.assign(numBins, 0.0);
-  AddToBins(densities, ymax, sorted, width,
-            [&](double x) { return width > 0.0 ? std::floor((x - xlo) * (1.0 / width)) : 0.0; });
+  const double binsPerUnit = 1.0 / width;  // infinite for a subnormal width too
+  AddToBins(densities, ymax, sorted, width, [&](double x) {
+    return std::isfinite(binsPerUnit) ? std::floor((x - xlo) * binsPerUnit) : 0.0;
+  });
 }
 
 void QVGetUserDefinedConstFreqHistogram(double& xlo, double& xhi, double& ymin, double& ymax,

@@ -81,11 +81,12 @@ QVStatModelResult QVLinearSmootherOnSimilarityBase::CheckSimilarities(
     const SimilarityRange& range, const char* where, const double* similarities) const {
   std::size_t numBad = 0;  // counted without branches first: bad ones are rare
   for (std::size_t i = 0; i < rows_.size(); ++i)
-    numBad += static_cast<std::size_t>(similarities[i] < 0.0) + (similarities[i] > range.upper);
+    numBad +=
+        static_cast<std::size_t>(!(similarities[i] >= 0.0)) + !(similarities[i] <= range.upper);
   if (numBad == 0) return true;
   for (std::size_t i = 0; i < rows_.size(); ++i) {
     const double s = similarities[i];
-    if (s < 0.0 || s > range.upper)
+    if (!(s >= 0.0 && s <= range.upper))
       return QVFailure(range.failureType, where)
              << range.beforeRow << rows_[i] << range.afterRow << s;
   }
@@ -131,7 +132,7 @@ QVStatModelResult QVLinearSmootherOnSimilarityBase::FindBadTrainingSimilarity(
   for (std::size_t i = 0; i < rows_.size(); ++i)
     for (std::size_t j = 0; j < rows_.size(); ++j) {
       const double s = column.GetDouble(rows_[i], rows_[j]);
-      if (s < 0.0 || s > kMaxTrainingSimilarity)
+      if (!(s >= 0.0 && s <= kMaxTrainingSimilarity))
         return QVFailure(Failure::MissingOrBadPredictorValue, where)
                << "at row, column (" << i << "," << j << "), similarity value = " << s;
     }
@@ -156,7 +157,7 @@ QVStatModelResult QVLinearSmootherOnSimilarityBase::FillKernelMatrix(Eigen::Matr
       double* row = rows.data() + (i - first) * n;
       GetSimilarityRow(i, row);
       const bool isBad = std::any_of(
-          row, row + i + 1, [](double s) { return s < 0.0 || s > kMaxTrainingSimilarity; });
+          row, row + i + 1, [](double s) { return !(s >= 0.0 && s <= kMaxTrainingSimilarity); });
       if (isBad) return FindBadTrainingSimilarity(where);
       kernel_.GetValues(row, i + 1, params_[0], row);
     }

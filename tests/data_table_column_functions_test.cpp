@@ -382,6 +382,17 @@ TEST_F(ColumnFunctions, PlotPoints) {
                                   Texts{}));
 }
 
+// The reciprocal of a subnormal width is infinite.
+TEST(Histogram, SubnormalBinsAreOneBin) {
+  std::vector<double> densities;
+  double xlo, xhi, ymin, ymax;
+  QVGetUserDefinedConstBinWidthHistogram(xlo, xhi, ymin, ymax, densities, {1e-310, 2e-310, 9e-310},
+                                         2, 1e-310, 9e-310);
+  ASSERT_EQ(densities.size(), 2u);
+  EXPECT_GT(densities[0], 0.0);
+  EXPECT_EQ(densities[1], 0.0);
+}
+
 // R 4.2.2, binom.test(k, 4, conf.level = 0.9)$conf.int for k = 0, 1, 3, 4.
 TEST(HistogramBand, HoldsTheLimitsOfClopperAndPearson) {
   QVMath::QVDataSeries series, lower, upper;

@@ -8,6 +8,7 @@
 
 #include "apps/commands.h"
 #include "apps/delimited_reader.h"
+#include "apps/number_field.h"
 #include "apps/outcome_labels.h"
 #include "apps/output_file.h"
 #include "apps/plot_output.h"
@@ -62,7 +63,7 @@ std::vector<Ranking> ReadRankings(const AUCArguments& arguments, std::size_t& re
     row.resize(table.GetColumns().size());
     const auto outcome = labels.Read(row[label]);
     if (!outcome) {
-      refuse("'" + row[label] + "' does not tell an active from a decoy");
+      refuse("'" + Shorten(row[label]) + "' does not tell an active from a decoy");
       continue;
     }
     std::string missing;
@@ -70,7 +71,7 @@ std::vector<Ranking> ReadRankings(const AUCArguments& arguments, std::size_t& re
       const std::string& text = row[columns[k]];
       if (QVSystem::QVStringToNumber(text, scores[k]) && std::isfinite(scores[k])) continue;
       scores[k] = kNaN;
-      missing = "the score '" + text + "' is no finite number";
+      missing = "the score '" + Shorten(text) + "' is not a finite number";
     }
     if (!missing.empty() && !arguments.missingLast) {
       refuse(missing);

@@ -37,6 +37,8 @@ struct Arguments {
 
 constexpr double kLargest = 1e300;  // the sentinels of missing and bad data lie beyond
 
+constexpr double kNone = HUGE_VAL;
+
 /// Empty for what does not exist.
 std::string ShowNumber(double value) { return std::abs(value) < kLargest ? CsvNumber(value) : ""; }
 
@@ -104,6 +106,15 @@ Cells GetCells(const QVDataTableCol& column, const std::vector<std::size_t>& num
   return cells;
 }
 
+/// The power of two just below a size; 0 for a size of 0.
+int GetExponent(double size) { return size > 0.0 ? std::ilogb(size) : 0; }
+
+/// The values divided by a power of two, so that their squares neither overflow nor vanish.
+Values Scale(Values values, int exponent) {
+  for (double& value : values) value = std::ldexp(value, -exponent);
+  return values;
+}
+
 const std::vector<std::string> kNumberHead = {"column", "group", "count", "missing", "bad", "mean",
                                               "sd",     "min",   "q1",    "median",  "q3",  "max"};
 
@@ -115,9 +126,11 @@ std::vector<std::string> DescribeNumbers(const QVDataTableCol& column, const Gro
   row.resize(kNumberHead.size());
   if (values.empty()) return row;
   std::sort(values.begin(), values.end());
-  const double mean = QVSampleMean()(values), variance = QVSampleVariance()(values);
-  const double shown[] = {mean,
-                          variance < kLargest ? std::sqrt(variance) : variance,
+  const int exponent = GetExponent(std::max(std::abs(values.front()), std::abs(values.back())));
+  const Values scaled = Scale(values, exponent);
+  const double variance = QVSampleVariance()(scaled);
+  const double shown[] = {std::ldexp(QVSampleMean()(scaled), exponent),
+                          values.size() > 1 ? std::ldexp(std::sqrt(variance), exponent) : kNone,
                           values.front(),
                           GetQuartile(values, 0.25),
                           GetQuartile(values, 0.5),
@@ -153,12 +166,12 @@ Rows DescribeLevels(const QVDataTableCol& column, const Group& group) {
   return rows;
 }
 
-/// The power of two that brings the range of the values to about 1. Correlations do not depend on
-/// the scale, but their statistics take variances below 2^-52 for 0.
-double GetScale(const Values& values) {
-  if (values.empty()) return 1.0;
+/// The values with their range brought to about 1. Correlations do not depend on the scale, but
+/// their statistics take variances below 2^-52 for 0.
+Values ScaleByRange(const Values& values) {
+  if (values.empty()) return values;
   const auto [least, most] = std::minmax_element(values.begin(), values.end());
-  return *most > *least ? std::exp2(-std::ilogb(*most - *least)) : 1.0;
+  return Scale(values, GetExponent(*most - *least));
 }
 
 const std::vector<std::string> kPairHead = {"column1", "column2",  "group",   "count",
@@ -173,9 +186,10 @@ std::vector<std::string> DescribePair(const std::string& firstName, const std::s
     x.push_back(first[row]);
     y.push_back(second[row]);
   }
-  const double xScale = GetScale(x), yScale = GetScale(y);
+  x = ScaleByRange(x);
+  y = ScaleByRange(y);
   std::vector<std::pair<double, double>> pairs;
-  for (std::size_t i = 0; i < x.size(); ++i) pairs.emplace_back(x[i] * xScale, y[i] * yScale);
+  for (std::size_t i = 0; i < x.size(); ++i) pairs.emplace_back(x[i], y[i]);
   std::vector<std::string> row = {firstName, secondName, group.name, std::to_string(pairs.size())};
   for (const unsigned int code :
        {QVTwoSampleStatisticType::PearsonCorrelation, QVTwoSampleStatisticType::SpearmanRho,

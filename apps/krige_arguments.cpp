@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "apps/commands.h"
+#include "apps/number_field.h"
 #include "apps/output_file.h"
 #include "apps/prediction_summary.h"
 #include "apps/progress.h"
@@ -124,14 +125,12 @@ KrigePredictor::KrigePredictor(const KrigeArguments& arguments)
 
 bool KrigePredictor::Prepare(QVChem::QVMolBase& mol, std::string& error) const {
   for (const std::string& tag : driftTags_) {
-    double value = 0.0;
-    if (!QVSystem::QVStringToNumber(mol.GetSDData(tag), value) || std::isnan(value))
-      error = "no number under the drift column '" + tag + "'";
-    else if (std::abs(value) > kLargestValue)
-      error = QVSystem::QVFormat("a number beyond %g under the drift column '%s'", kLargestValue,
-                                 tag.c_str());
-    else
-      continue;
+    const std::string text = mol.GetSDData(tag);
+    double value;
+    const std::string fault = ReadNumber(text, value);
+    if (fault.empty()) continue;
+    error = QVSystem::QVFormat("'%s' under the drift column '%s' %s", Shorten(text).c_str(),
+                               tag.c_str(), fault.c_str());
     return false;
   }
   if (!drift_.PrepMol(mol) || (distance_ && !distance_->PrepMol(mol))) {

@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cmath>
 #include <iostream>
 #include <memory>
@@ -61,10 +62,14 @@ class LogitModel {
     std::vector<double> sigma;
     regression_.GetBetaSigma(coefficients_, sigma);
     logLikelihood_ = 0.0 - objective(coefficients_.data());
-    sigma_ = std::move(sigma);
+    for (const double error : sigma) sigma_.push_back(std::isfinite(error) ? error : std::nan(""));
   }
 
   double GetLogLikelihood() const { return logLikelihood_; }
+
+  bool HasStandardErrors() const {
+    return std::none_of(sigma_.begin(), sigma_.end(), [](double s) { return std::isnan(s); });
+  }
 
   /// The probability of the positive outcome.
   double Predict(const std::vector<double>& row) const {
@@ -127,6 +132,8 @@ void PrintSummary(const LogitModel& model, const RegressionTable& table) {
   std::cerr << QVSystem::QVFormat(
       "n %zu (%zu positive)  log-likelihood %.6g (constant alone %.6g)  AUC of the fit %.4f\n",
       table.rows.size(), positives.size(), model.GetLogLikelihood(), null, auc);
+  if (!model.HasStandardErrors())
+    std::cerr << "no standard errors: a predictor is constant, or follows from the others\n";
 }
 
 int FitLogit(const LogitArguments& arguments) {
@@ -134,10 +141,10 @@ int FitLogit(const LogitArguments& arguments) {
   const OutcomeLabels labels(arguments.positive);
   const RegressionTable table = ReadRegressionTable(
       arguments,
-      [&labels](const std::string& text) -> std::optional<double> {
+      [&labels](const std::string& text, double& response) {
         const auto outcome = labels.Read(text);
-        if (!outcome) return std::nullopt;
-        return *outcome ? 1.0 : -1.0;
+        response = outcome.value_or(false) ? 1.0 : -1.0;
+        return std::string(outcome ? "" : "is no response");
       },
       refused);
   CheckTable(arguments, table);

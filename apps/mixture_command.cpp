@@ -9,12 +9,12 @@
 #include <iostream>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "apps/commands.h"
 #include "apps/delimited_reader.h"
+#include "apps/number_field.h"
 #include "apps/output_file.h"
 #include "apps/plot_output.h"
 #include "platform/system/diagnostic_stream.h"
@@ -59,15 +59,7 @@ struct Column {
   std::size_t refused = 0;
 };
 
-std::optional<double> ParseNumber(const std::string& text) {
-  double value;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);
-  if (text.empty() || error != std::errc() || stop != end || !std::isfinite(value)) return {};
-  return value;
-}
-
-/// Empty fields are missing and left out; other text that is no finite number is refused.
+/// Empty fields are missing and left out; other text that is no number to fit is refused.
 Column ReadColumn(const Arguments& arguments) {
   const bool isTabbed = arguments.path.find(".tsv") != std::string::npos;
   DelimitedReader reader(arguments.path, isTabbed ? '\t' : ',');
@@ -76,13 +68,15 @@ Column ReadColumn(const Arguments& arguments) {
   for (std::vector<std::string> fields; reader.Next(fields);) {
     const std::string text = position < fields.size() ? fields[position] : "";
     if (text.empty()) continue;
-    if (const std::optional<double> value = ParseNumber(text)) {
-      column.values.push_back(*value);
+    double value;
+    const std::string fault = ReadNumber(text, value);
+    if (fault.empty()) {
+      column.values.push_back(value);
       column.lines.push_back(reader.GetLineNumber());
     } else {
       ++column.refused;
-      std::cerr << reader.GetName() << ", line " << reader.GetLineNumber() << ": \"" << text
-                << "\" is not a finite number\n";
+      std::cerr << reader.GetName() << ", line " << reader.GetLineNumber() << ": \""
+                << Shorten(text) << "\" " << fault << '\n';
     }
   }
   if (column.values.empty())
@@ -90,6 +84,7 @@ Column ReadColumn(const Arguments& arguments) {
   const auto [least, most] = std::minmax_element(column.values.begin(), column.values.end());
   if (*least == *most)
     throw Failure(reader.GetName() + ": the column '" + arguments.column + "' is constant");
+  RequireSpan(column.values, reader.GetName(), arguments.column);
   return column;
 }
 
@@ -114,9 +109,10 @@ std::pair<unsigned int, unsigned int> ParsePair(const std::string& text, char se
   return {numbers[0], numbers[1]};
 }
 
-void CheckFits(const QVStatModelResult& result) {
+void CheckFits(const Arguments& arguments, const QVStatModelResult& result) {
   if (result.NotSuccessful())
-    throw Failure("no mixture could be fitted: " + result.ReportStatResultDetails());
+    throw Failure(arguments.path + ": no mixture could be fitted to the column '" +
+                  arguments.column + "': " + result.ReportStatResultDetails());
 }
 
 void WriteModels(const Arguments& arguments, const std::vector<Fit>& fits) {
@@ -146,7 +142,7 @@ struct Curves {
   std::vector<std::string> names;
 };
 
-Curves MakeCurves(const Fit& fit, const Values& sorted) {
+Curves MakeCurves(const Arguments& arguments, const Fit& fit, const Values& sorted) {
   constexpr std::size_t kPoints = 401;
   const double margin = 0.1 * (sorted.back() - sorted.front());
   const double from = sorted.front() - margin;
@@ -160,12 +156,12 @@ Curves MakeCurves(const Fit& fit, const Values& sorted) {
     double weight, degreesOfFreedom, location, precision;
     QVStatModelResult result = GetComponentParamsForStudentsTPredictiveDist(
         component, weight, degreesOfFreedom, location, precision);
-    CheckFits(result);
+    CheckFits(arguments, result);
     const QVUniVarPDF density =
         QVUnivariateStudentsT("x", degreesOfFreedom, location, precision, result);
     Values values;
     density.GetValues(QVPDFFunction::Density, curves.x, values, result, false);
-    CheckFits(result);
+    CheckFits(arguments, result);
     for (std::size_t i = 0; i < kPoints; ++i) curves.total[i] += values[i] *= weight;
     const char* const part = fit.numNull == 0  ? "component"
                              : k < fit.numNull ? "null"
@@ -209,9 +205,9 @@ void WriteCalls(const Arguments& arguments, const DirGaussGammaMixForEmpiricalNu
                 const Column& column) {
   const QVMixtureDiscovery discovery(model);
   QVStatModelResult result = discovery.GetResultOfConstructor();
-  CheckFits(result);
+  CheckFits(arguments, result);
   Values qValues;
-  CheckFits(discovery.GetQValues(qValues, column.values));
+  CheckFits(arguments, discovery.GetQValues(qValues, column.values));
   OutputFile file(arguments.calls);
   WriteCsvRow(file.GetStream(), {"line", "score", "local_fdr", "q_value", "called"});
   std::size_t numCalled = 0;
@@ -219,7 +215,7 @@ void WriteCalls(const Arguments& arguments, const DirGaussGammaMixForEmpiricalNu
     const bool isCalled = qValues[i] <= arguments.rate;
     numCalled += isCalled ? 1 : 0;
     const double local = discovery.GetLocalFDR(result, column.values[i]);
-    CheckFits(result);
+    CheckFits(arguments, result);
     WriteCsvRow(file.GetStream(), {std::to_string(column.lines[i]), CsvNumber(column.values[i]),
                                    CsvNumber(local), CsvNumber(qValues[i]), isCalled ? "1" : "0"});
   }
@@ -238,7 +234,7 @@ void Report(const Arguments& arguments, const std::vector<Fit>& fits, const Valu
   if (arguments.curves.empty() && arguments.plot.empty()) return;
   Values sorted(values);
   std::sort(sorted.begin(), sorted.end());
-  const Curves curves = MakeCurves(*best, sorted);
+  const Curves curves = MakeCurves(arguments, *best, sorted);
   if (!arguments.curves.empty()) WriteCurves(arguments.curves, curves);
   if (!arguments.plot.empty()) DrawPlot(arguments, *best, curves, sorted);
 }
@@ -260,7 +256,7 @@ void RunDirichlet(const Arguments& arguments, const Column& column) {
     FitDirichletGaussGammaMixtureModel(result, weights, models, sizes.first, sizes.second,
                                        arguments.column, arguments.priorSize, column.values);
   });
-  CheckFits(result);
+  CheckFits(arguments, result);
   std::vector<Fit> fits;
   for (std::size_t i = 0; i < models.size(); ++i)
     fits.push_back({std::to_string(sizes.first + i), weights[i], 0, &models[i].GetModel()});
@@ -281,7 +277,7 @@ void RunNullAlt(const Arguments& arguments, const Column& column) {
     FitGaussGammaMixModel(result, weights, models, arguments.nullFraction, pairs, arguments.column,
                           arguments.nullProbability, arguments.priorSize, column.values);
   });
-  CheckFits(result);
+  CheckFits(arguments, result);
   std::vector<Fit> fits;
   for (std::size_t i = 0; i < models.size(); ++i)
     fits.push_back({std::to_string(pairs[i].first) + ":" + std::to_string(pairs[i].second),

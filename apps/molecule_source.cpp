@@ -1,21 +1,19 @@
 #include "apps/molecule_source.h"
 
 #include <algorithm>
-#include <cmath>
 #include <set>
 #include <unordered_map>
 #include <utility>
 
 #include "apps/commands.h"
 #include "apps/delimited_reader.h"
+#include "apps/number_field.h"
 #include "platform/chem/mol_io.h"
 #include "platform/system/text.h"
 
 namespace QVApps {
 
 namespace {
-
-using QVSystem::QVStringToNumber;
 
 /// The columns that are looked for when the user names none.
 constexpr const char* kSmilesColumns[] = {"smiles", "canonical_smiles"};
@@ -44,10 +42,6 @@ MoleculeFileFormat GetFormatByExtension(const std::string& path) {
 
 char GetSeparator(MoleculeFileFormat format) {
   return format == MoleculeFileFormat::TSV ? '\t' : ',';
-}
-
-bool ReadFinite(const std::string& text, double& value) {
-  return QVStringToNumber(text, value) && std::isfinite(value);
 }
 
 std::string AtLine(const std::string& file, std::size_t line) {
@@ -305,14 +299,13 @@ void MoleculeSource::ReadValue(MoleculeRecord& record) {
   } else if (!options_.valueName.empty()) {
     record.valueText = record.mol.GetSDData(options_.valueName);
   }
-  double value = 0.0;
-  const bool isNumber = ReadFinite(record.valueText, value);
-  if (isNumber && std::abs(value) <= kLargestValue) {
+  double value;
+  const std::string fault = ReadNumber(record.valueText, value);
+  if (fault.empty())
     record.value = value;
-  } else if (!record.valueText.empty() && options_.valueRequired) {
-    throw Failure(place + ": the value '" + record.valueText + "' of '" + record.id + "' is " +
-                  (isNumber ? QVSystem::QVFormat("beyond %g", kLargestValue) : "not a number"));
-  }
+  else if (!record.valueText.empty() && options_.valueRequired)
+    throw Failure(place + ": the value '" + Shorten(record.valueText) + "' of '" + record.id +
+                  "' " + fault);
 }
 
 void MoleculeSource::CheckValueColumn() const {

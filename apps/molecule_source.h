@@ -27,9 +27,6 @@
 
 namespace QVApps {
 
-/// Where the numbers end that models are made of: the squares of their squares are finite too.
-constexpr double kLargestValue = 1e70;
-
 struct MoleculeRecord {
   std::size_t number = 0;  ///< from 1; bad records count
   std::size_t line = 0;    ///< the first line of the record, from 1

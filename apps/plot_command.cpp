@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "apps/commands.h"
+#include "apps/number_field.h"
 #include "apps/output_file.h"
 #include "apps/plot_output.h"
 #include "apps/table_input.h"
@@ -124,7 +125,9 @@ std::string GetName(const Drawing& drawing, const Group& group) {
 }
 
 void CheckSucceeded(const Drawing& drawing, const Group& group, const QVStatModelResult& result) {
-  if (result.NotSuccessful()) throw Failure(GetName(drawing, group) + ": " + Describe(result));
+  if (result.NotSuccessful())
+    throw Failure(drawing.arguments.input.path + ": " + GetName(drawing, group) + ": " +
+                  Describe(result));
 }
 
 QVUniVarPDF Fit(const Drawing& drawing, const Group& group) {
@@ -366,6 +369,7 @@ Drawing MakeDrawing(const Arguments& arguments, InputTable& input, std::size_t& 
     drawing.most = std::max(drawing.most, *most);
     drawing.numValues += group.values.size();
   }
+  RequireSpan({drawing.least, drawing.most}, input.GetName(), arguments.column);
   return drawing;
 }
 

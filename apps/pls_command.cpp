@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "apps/commands.h"
+#include "apps/number_field.h"
 #include "apps/output_file.h"
 #include "apps/table_arguments.h"
 #include "platform/system/text.h"
@@ -70,14 +71,7 @@ std::vector<std::vector<std::string>> MakeRows(const QVPartialLeastSquareRegress
 
 int FitPLS(const PLSArguments& arguments) {
   std::size_t refused = 0;
-  const RegressionTable table = ReadRegressionTable(
-      arguments,
-      [](const std::string& text) -> std::optional<double> {
-        double value;
-        if (!QVSystem::QVStringToNumber(text, value) || !std::isfinite(value)) return std::nullopt;
-        return value;
-      },
-      refused);
+  const RegressionTable table = ReadRegressionTable(arguments, ReadNumber, refused);
   const QVPartialLeastSquareRegression pls = Fit(arguments, table);
   PrintSummary(pls);
   WriteCoefficients(arguments, MakeRows(pls, table));

@@ -1,11 +1,11 @@
 #include "apps/similarity_table.h"
 
-#include <cmath>
 #include <iostream>
 #include <unordered_map>
 
 #include "apps/commands.h"
 #include "apps/delimited_reader.h"
+#include "apps/number_field.h"
 #include "apps/table_arguments.h"
 #include "apps/table_output.h"
 #include "platform/system/text.h"
@@ -55,8 +55,8 @@ void ReadValues(SimilarityTable& all, const SimilarityTableArguments& arguments)
       refuse("no row of " + arguments.table + " has the title '" + fields[id] + "'");
       continue;
     }
-    if (!QVSystem::QVStringToNumber(fields[value], number) || !std::isfinite(number)) {
-      refuse("the value '" + fields[value] + "' is no finite number");
+    if (const std::string fault = ReadNumber(fields[value], number); !fault.empty()) {
+      refuse("the value '" + Shorten(fields[value]) + "' " + fault);
       continue;
     }
     for (const std::size_t row : rows->second) {
@@ -91,12 +91,20 @@ SimilarityTable ReadSimilarityTable(const SimilarityTableArguments& arguments) {
   }
   const QVDataTableCol& response = all.table.GetColumnFromName(arguments.response);
   const std::vector<QVCellState> states = response.GetCellStates(response.GetAllRows());
+  std::vector<double> values;
   for (std::size_t i = 0; i < states.size(); ++i) {
     const bool isKnown = states[i] == QVCellState::Good;
     (isKnown ? all.known : all.unknown).push_back(i);
-    all.responses.push_back(isKnown ? std::optional<double>(response.GetDouble(i, 0))
-                                    : std::nullopt);
+    all.responses.push_back(std::nullopt);
+    if (!isKnown) continue;
+    values.push_back(response.GetDouble(i, 0));
+    all.responses.back() = values.back();
+    if (const std::string fault = FindFault(values.back()); !fault.empty())
+      throw Failure(QVSystem::QVFormat("%s, row %zu: the value '%g' under '%s' %s",
+                                       arguments.table.c_str(), i + 1, values.back(),
+                                       arguments.response.c_str(), fault.c_str()));
   }
+  RequireSpan(values, arguments.table, arguments.response);
   if (all.known.size() < 2)
     throw Failure(arguments.table + ": fewer than two rows have a value '" + arguments.response +
                   "'");

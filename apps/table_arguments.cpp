@@ -1,11 +1,11 @@
 #include "apps/table_arguments.h"
 
 #include <CLI/CLI.hpp>
-#include <cmath>
 #include <iostream>
 
 #include "apps/commands.h"
 #include "apps/delimited_reader.h"
+#include "apps/number_field.h"
 #include "apps/output_file.h"
 #include "platform/system/text.h"
 
@@ -13,10 +13,9 @@ namespace QVApps {
 
 namespace {
 
-std::optional<double> ReadNumber(const std::string& text) {
-  double value;
-  if (!QVSystem::QVStringToNumber(text, value) || !std::isfinite(value)) return std::nullopt;
-  return value;
+std::string DescribeFault(const std::string& field, const std::string& column,
+                          const std::string& fault) {
+  return "'" + Shorten(field) + "' in the column '" + column + "' " + fault;
 }
 
 /// Columns of a table by name, and the numbers in them.
@@ -31,13 +30,14 @@ class Columns {
             std::string& error) const {
     values.clear();
     for (std::size_t k = 0; k < positions_.size(); ++k) {
-      const auto value = ReadNumber(row[positions_[k]]);
-      if (!value) {
-        error =
-            "'" + row[positions_[k]] + "' in the column '" + names_[k] + "' is no finite number";
+      const std::string& text = row[positions_[k]];
+      double value;
+      const std::string fault = ReadNumber(text, value);
+      if (!fault.empty()) {
+        error = DescribeFault(text, names_[k], fault);
         return false;
       }
-      values.push_back(*value);
+      values.push_back(value);
     }
     return true;
   }
@@ -52,8 +52,9 @@ std::vector<std::string> ChoosePredictors(const DelimitedReader& table, std::siz
                                           const std::vector<std::string>& row) {
   std::vector<std::string> chosen, others;
   for (std::size_t k = 0; k < table.GetColumns().size(); ++k) {
+    double value;
     if (k == response) continue;
-    (ReadNumber(row[k]) ? chosen : others).push_back(table.GetColumns()[k]);
+    (QVSystem::QVStringToNumber(row[k], value) ? chosen : others).push_back(table.GetColumns()[k]);
   }
   if (!others.empty())
     std::cerr << table.GetName() << ": no predictors, for want of numbers: " << ListNames(others)
@@ -98,7 +99,7 @@ char GetSeparator(const std::string& path) {
 
 RegressionTable ReadRegressionTable(
     const TableArguments& arguments,
-    const std::function<std::optional<double>(const std::string&)>& readResponse,
+    const std::function<std::string(const std::string&, double&)>& readResponse,
     std::size_t& refused) {
   DelimitedReader table(arguments.table, GetSeparator(arguments.table));
   const std::size_t response = table.RequireColumn(arguments.response);
@@ -111,12 +112,12 @@ RegressionTable ReadRegressionTable(
       if (result.predictors.empty()) result.predictors = ChoosePredictors(table, response, row);
       columns.emplace(table, result.predictors);
     }
-    const auto outcome = readResponse(row[response]);
-    std::string error =
-        "'" + row[response] + "' in the column '" + arguments.response + "' is no response";
-    if (outcome && columns->Read(row, values, error)) {
+    double outcome;
+    const std::string fault = readResponse(row[response], outcome);
+    std::string error = DescribeFault(row[response], arguments.response, fault);
+    if (fault.empty() && columns->Read(row, values, error)) {
       result.rows.push_back(values);
-      result.responses.push_back(*outcome);
+      result.responses.push_back(outcome);
     } else {
       ++refused;
       Report(table, error + ", left out");
@@ -125,6 +126,12 @@ RegressionTable ReadRegressionTable(
   if (result.predictors.empty())
     throw Failure(arguments.table + ": no column of numbers to predict from");
   if (result.rows.empty()) throw Failure(arguments.table + ": no complete row to fit");
+  RequireSpan(result.responses, arguments.table, arguments.response);
+  for (std::size_t k = 0; k < result.predictors.size(); ++k) {
+    values.clear();
+    for (const auto& row : result.rows) values.push_back(row[k]);
+    RequireSpan(values, arguments.table, result.predictors[k]);
+  }
   return result;
 }
 

@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <functional>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,11 +40,11 @@ struct RegressionTable {
 /// Reads the table. Without predictors in the arguments, every column is one but the response and
 /// those without a number in the first row, which are told on standard error. Rows that are not
 /// complete are reported there and counted in `refused`.
-/// \param readResponse the response of a text; nothing when it is none.
-/// Throws Failure when no complete row is left, or no predictor.
+/// \param readResponse stores the response of a text; else tells what the text is, as FindFault
+/// does. Throws Failure when no complete row is left, or no predictor.
 RegressionTable ReadRegressionTable(
     const TableArguments& arguments,
-    const std::function<std::optional<double>(const std::string&)>& readResponse,
+    const std::function<std::string(const std::string&, double&)>& readResponse,
     std::size_t& refused);
 
 /// Reads the table of `arguments.predict` and writes its rows to `arguments.out`, each with further

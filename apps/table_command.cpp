@@ -56,7 +56,7 @@ Summary Summarise(const QVDataTable& table, const QVDataTableCol& column) {
   Summary summary;
   const std::vector<std::size_t> numbers = table.GetRowNumbers();
   const QVRowNumbers rows(numbers);
-  double smallest = HUGE_VAL, largest = -HUGE_VAL, sum = 0.0, count = 0.0;
+  double smallest = HUGE_VAL, largest = -HUGE_VAL, mean = 0.0, count = 0.0;
   const std::size_t numCols = column.GetNumColumnsInCol();
   for (std::size_t j = 0; j < numCols; ++j) {
     const std::vector<QVCellState> states = column.GetCellStates(rows, j);
@@ -67,12 +67,12 @@ Summary Summarise(const QVDataTable& table, const QVDataTableCol& column) {
       if (states[i] != QVCellState::Good) continue;
       smallest = std::min(smallest, values[i]);
       largest = std::max(largest, values[i]);
-      sum += values[i];
       ++count;
+      mean += values[i] / count - mean / count;  // a sum might overflow
     }
   }
   if (HoldsNumbers(column) && count > 0.0)
-    summary.range = QVSystem::QVFormat("%.6g  %.6g  %.6g", smallest, sum / count, largest);
+    summary.range = QVSystem::QVFormat("%.6g  %.6g  %.6g", smallest, mean, largest);
   return summary;
 }
 

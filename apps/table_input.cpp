@@ -9,6 +9,7 @@
 
 #include "apps/commands.h"
 #include "apps/delimited_reader.h"
+#include "apps/number_field.h"
 #include "apps/table_output.h"
 #include "platform/system/file_stream.h"
 #include "platform/system/text.h"
@@ -23,8 +24,6 @@ namespace {
 
 /// A column of the readers' own.
 constexpr const char* kLineNumbers = "LineNumbers";
-/// Beyond are the sentinels of missing and bad data.
-constexpr double kLargest = 1e300;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 /// The formats and the extensions of their files.
@@ -136,10 +135,10 @@ std::string InputTable::GetPlace(std::size_t row) const {
                                         : ", row " + std::to_string(row + 1));
 }
 
-void InputTable::RefuseCell(const QVDataTableCol& column, std::size_t row) {
-  const std::string message = GetPlace(row) + ": \"" + column.GetString(row, 0) +
-                              "\" in the column '" + column.GetColumnName() +
-                              "' is not a finite number";
+void InputTable::RefuseCell(const QVDataTableCol& column, std::size_t row,
+                            const std::string& fault) {
+  const std::string message = GetPlace(row) + ": \"" + Shorten(column.GetString(row, 0)) +
+                              "\" in the column '" + column.GetColumnName() + "' " + fault;
   if (!skipBad_)
     throw Failure(message +
                   "; --missing tells what stands for a missing value, --skip-bad leaves "
@@ -157,11 +156,11 @@ std::vector<double> InputTable::GetNumbers(const QVDataTableCol& column) {
   for (std::size_t row = 0; row < values.size(); ++row) {
     const bool isNumber =
         states[row] == QVCellState::Good &&
-        (isNumeric || QVSystem::QVStringToNumber(column.GetString(row, 0), values[row])) &&
-        std::abs(values[row]) < kLargest;
-    if (isNumber) continue;
+        (isNumeric || QVSystem::QVStringToNumber(column.GetString(row, 0), values[row]));
+    const std::string fault = FindFault(isNumber ? values[row] : kNaN);
+    if (fault.empty()) continue;
     values[row] = kNaN;
-    if (states[row] != QVCellState::Missing) RefuseCell(column, row);
+    if (states[row] != QVCellState::Missing) RefuseCell(column, row, fault);
   }
   return values;
 }

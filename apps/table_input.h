@@ -56,9 +56,9 @@ class InputTable {
   /// columns.
   QVStats::QVDataTableCol RequireColumn(const std::string& name) const;
 
-  /// A number for each row, NaN where it is missing. Other text, and numbers that are not finite,
-  /// are reported and counted, or fail, as bad rows do. Throws Failure for a column with several
-  /// values a row too.
+  /// A number for each row, NaN where it is missing. Other text, and numbers that no model can be
+  /// made of, are reported and counted, or fail, as bad rows do. Throws Failure for a column with
+  /// several values a row too.
   std::vector<double> GetNumbers(const QVStats::QVDataTableCol& column);
   /// The rows by their text in a column: groups in the order of their numbers, or else of their
   /// texts; those without one come last, as "(missing)".
@@ -70,7 +70,7 @@ class InputTable {
  private:
   /// "file, line 7".
   std::string GetPlace(std::size_t row) const;
-  void RefuseCell(const QVStats::QVDataTableCol& column, std::size_t row);
+  void RefuseCell(const QVStats::QVDataTableCol& column, std::size_t row, const std::string& fault);
 
   QVStats::QVDataTable table_;
   std::string name_;

@@ -86,7 +86,7 @@ TEST_F(CommandLine, FitsTheVariogramOfSimilarities) {
   for (const char* model : {"kernel", "gp", "krige", "okrige"}) {
     ASSERT_EQ(Run(common + "--plot v.svg --model " + model), 2) << messages_;
     EXPECT_THAT(messages_, HasSubstr("y.csv, line 62: no row of s.pgs has the title 'p60'\n"
-                                     "y.csv, line 63: the value 'high' is no finite number\n"));
+                                     "y.csv, line 63: the value 'high' is not a finite number\n"));
     EXPECT_THAT(messages_, HasSubstr("test                 n 12  R2 ")) << model;
     const auto rows = Lines(Read("p.csv"));
     ASSERT_THAT(rows, SizeIs(61));

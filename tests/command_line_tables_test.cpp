@@ -32,7 +32,7 @@ TEST_F(CommandLine, RowsWithoutAScoreAreLeftOutOrRankedLast) {
   Write("scores.csv", std::string(kScores) + "g,nan,-3,active\nh,,-3,decoy\ni,0.3,-3,maybe\n");
   EXPECT_EQ(Run("auc --score score --label label scores.csv"), 2);
   EXPECT_THAT(output_, HasSubstr("\nauc,0.8125\n"));
-  EXPECT_THAT(messages_, HasSubstr("scores.csv: line 8: the score 'nan' is no finite number"));
+  EXPECT_THAT(messages_, HasSubstr("scores.csv: line 8: the score 'nan' is not a finite number"));
   EXPECT_THAT(messages_, HasSubstr("scores.csv: line 10: 'maybe' does not tell"));
   EXPECT_EQ(Run("auc --missing-last --score score --label label scores.csv"), 2);
   // 6.5 of 8 pairs as before, 2 more with the decoy h, and g ties with h alone.
@@ -72,7 +72,8 @@ TEST_F(CommandLine, FitsPartialLeastSquares) {
   EXPECT_THAT(Lines(output_)[0], "a,b,name,y,predicted,score1");
   EXPECT_THAT(Lines(output_)[3], StartsWith("3,6,r,3,3,"));
   EXPECT_THAT(Lines(output_)[4], "4,,s,4,,");
-  EXPECT_THAT(messages_, HasSubstr("line.csv: line 5: '' in the column 'b' is no finite number"));
+  EXPECT_THAT(messages_,
+              HasSubstr("line.csv: line 5: '' in the column 'b' is not a finite number"));
   EXPECT_THAT(messages_, HasSubstr("for want of numbers: 'name'"));
 }
 
@@ -95,6 +96,62 @@ TEST_F(CommandLine, ClustersMolecules) {
     EXPECT_THAT(Read("page.svg"), HasSubstr("Cluster 1: ")) << by;
   }
   EXPECT_EQ(Run("cluster --neighbours 8 --noise 1 --quiet known.smi"), 0) << messages_;
+}
+
+// Fourth powers of such numbers overflow or vanish, and long fields would hide what the message
+// says.
+TEST_F(CommandLine, NumbersOutOfAllProportionAreRefusedByTheirPlace) {
+  const auto write = [this](const char* name, const std::string& second, const char* fourth) {
+    Write(name,
+          "y,x,c\n1,1,0\n2," + second + ",1\n3,2,1\n4," + fourth + ",0\n5,4,1\n3,5,0\n4,7,1\n");
+  };
+  write("big.csv", "1e200", "-1e308");
+  write("odd.csv", "inf", "nan");
+  write("long.csv", std::string(99999, '9'), "3");
+  Write("tiny.csv", "y,x,c\n1,1e-310,0\n2,2e-310,1\n3,-1e-309,1\n4,5e-310,0\n");
+  for (const std::string command :
+       {"plot --skip-bad --column x --fit normal --out p.svg ",
+        "plot --skip-bad --column x --kind density --out p.svg ",
+        "plot --skip-bad --column x --kind scatter --against y --out p.svg ",
+        "logit --response c --predictors x ", "pls --response y --predictors x --components 1 ",
+        "pls --response x --predictors y --components 1 ", "mixture --components 1 --column x "}) {
+    const std::pair<const char*, std::vector<const char*>> cases[] = {
+        {"big.csv",
+         {"line 3: .1e.?200. .*is beyond 1e.70", "line 5: .-1e.?308. .*is beyond 1e.70"}},
+        {"odd.csv", {"line 3: .inf. .*is not a finite", "line 5: .nan. .*is not a finite"}},
+        {"long.csv", {"line 3: .9999*\\.\\.\\.. .*is not a finite"}}};
+    for (const auto& [file, messages] : cases) {
+      EXPECT_EQ(Run(command + file), 2) << command << file << messages_;
+      EXPECT_LT(messages_.size(), 1000u) << command << file;
+      for (const char* message : messages)
+        EXPECT_THAT(messages_, testing::ContainsRegex(message)) << command << file;
+    }
+    EXPECT_EQ(Run(command + "tiny.csv"), 1) << command << messages_;
+    EXPECT_THAT(messages_, HasSubstr("tiny.csv: the numbers in the column 'x' differ by no more "
+                                     "than 1.5e-309"))
+        << command;
+  }
+  EXPECT_EQ(Run("describe --pairs --skip-bad --columns x,y big.csv"), 2);
+  EXPECT_THAT(messages_, HasSubstr("big.csv, line 3: \"1e+200\" in the column 'x' is beyond"));
+  // What needs no squares of the numbers has no limit.
+  for (const std::string unit : {"e-310", "e200", "e298"}) {
+    Write("scaled.csv", "x,c\n1" + unit + ",1\n2" + unit + ",0\n-3" + unit + ",0\n7" + unit +
+                            ",1\n5" + unit + ",0\n");
+    EXPECT_EQ(Run("describe --columns x --out - scaled.csv"), 0);
+    EXPECT_THAT(output_, testing::ContainsRegex("x,,,5,0,0,2.4e.?" + unit.substr(1) +
+                                                ",3.84708e.?" + unit.substr(1) + ",-3e"))
+        << unit;
+    EXPECT_EQ(Run("auc --score x --label c scaled.csv"), 0);
+    EXPECT_THAT(output_, HasSubstr("\nauc,0.666667\n")) << unit;
+  }
+}
+
+// Divided by an infinite error it would show p = 1 and an odds ratio of at least 0.
+TEST_F(CommandLine, AConstantPredictorHasNoStandardError) {
+  Write("constant.csv", "y,x\n1,2\n0,2\n1,2\n");
+  EXPECT_EQ(Run("logit --response y constant.csv"), 0);
+  EXPECT_THAT(messages_, HasSubstr("no standard errors: a predictor is constant"));
+  EXPECT_THAT(Lines(output_)[2], testing::MatchesRegex("x,[-0-9.e]+,,,,[0-9.e]+,,"));
 }
 
 TEST_F(CommandLine, SaysWhatIsWrongWithATable) {

@@ -57,7 +57,7 @@ TEST_F(CommandLine, ReadsEveryFormatAndStandardInput) {
   }
   Write("no_size.tsv", "SMILES\tid\nCCO\tethanol\n");
   EXPECT_EQ(Run("predict --train train.csv --value logP --drift size no_size.tsv"), 2);
-  EXPECT_THAT(output_, HasSubstr("no number under the drift column 'size'"));
+  EXPECT_THAT(output_, HasSubstr("'' under the drift column 'size' is not a finite number"));
   ASSERT_EQ(std::system(("gzip -c '" + (directory_ / "train.csv").string() + "' > '" +
                          (directory_ / "train.csv.gz").string() + "'")
                             .c_str()),

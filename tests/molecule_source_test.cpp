@@ -119,7 +119,7 @@ TEST(MoleculeSource, ValuesJoinByIdentifier) {
             dir.GetPath("w.csv") + ": line 3: another value of '1' stands on line 2");
   options.valuesFile = dir.Write("u.csv", "Name,Act\n2,2\n3,low\n");
   EXPECT_EQ(FailureOf(path, options),
-            dir.GetPath("u.csv") + ": line 3: the value 'low' of '3' is not a number");
+            dir.GetPath("u.csv") + ": line 3: the value 'low' of '3' is not a finite number");
 }
 
 TEST(MoleculeSource, WhatIsWrongWithAFileIsNamed) {
@@ -139,7 +139,7 @@ TEST(MoleculeSource, WhatIsWrongWithAFileIsNamed) {
        ": line 3: the value 'n/a' of 'record 2' is not a "
        "number"},
       {"e.csv", "smiles,y\nC,nan\n", "y",
-       ": line 2: the value 'nan' of 'record 1' is not a number"},
+       ": line 2: the value 'nan' of 'record 1' is not a finite number"},
       {"large.csv", "smiles,y\nC,1e70\nC,-1.1e70\n", "y",
        ": line 3: the value '-1.1e70' of 'record 2' is beyond 1e+70"},
       {"f.csv", "smiles,y\nC,\n", "y", ": no molecule has a value 'y'"},

@@ -123,9 +123,9 @@ void QVPreferLargePages([[maybe_unused]] void* data, [[maybe_unused]] std::size_
   if (bytes < kLeast) return;
   const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
   const auto begin = reinterpret_cast<std::uintptr_t>(data);
-  const std::uintptr_t first = (begin + page - 1) / page * page;
+  const std::uintptr_t offset = (page - begin % page) % page;  // to the first whole page
   // Only a wish: where it is refused the array works as well.
-  madvise(reinterpret_cast<void*>(first), bytes - (first - begin), MADV_HUGEPAGE);
+  madvise(static_cast<char*>(data) + offset, bytes - offset, MADV_HUGEPAGE);
 #endif
 }
 

@@ -234,13 +234,14 @@ constexpr Size kFewRows = 48;
 /// Terms of such an update that are taken together and stay in the L1 cache.
 constexpr Size kFewRowsDepth = 64;
 
-/// Brings memory nearer, a little with each call. It may reach beyond what is there to read.
+/// Brings memory nearer, a little with each call. It may reach beyond what is there to read, where
+/// a pointer must not point: hence the integer.
 class Prefetcher {
  public:
   Prefetcher(const double* from, Step bytes)
       : at_(reinterpret_cast<std::uintptr_t>(from)), bytes_(static_cast<std::uintptr_t>(bytes)) {}
   QV_DENSE_INLINE void Advance() {
-    __builtin_prefetch(reinterpret_cast<const void*>(at_));
+    __builtin_prefetch(reinterpret_cast<const void*>(at_));  // NOLINT(performance-no-int-to-ptr)
     at_ += bytes_;
   }
 

@@ -90,6 +90,7 @@ struct Cells {
 
 Cells GetCells(const QVDataTableCol& column, const std::vector<std::size_t>& numbers) {
   Cells cells;
+  const bool isNumeric = HoldsNumbers(column);
   const QVRowNumbers rows(numbers);
   for (std::size_t j = 0; j < column.GetNumColumnsInCol(); ++j) {
     const std::vector<QVCellState> states = column.GetCellStates(rows, j);
@@ -97,7 +98,7 @@ Cells GetCells(const QVDataTableCol& column, const std::vector<std::size_t>& num
     for (std::size_t i = 0; i < states.size(); ++i) {
       if (states[i] == QVCellState::Missing)
         ++cells.numMissing;
-      else if (states[i] == QVCellState::Good && std::abs(values[i]) < kLargest)
+      else if (states[i] == QVCellState::Good && (!isNumeric || std::abs(values[i]) < kLargest))
         cells.values.push_back(values[i]);
       else
         ++cells.numBad;

@@ -42,6 +42,20 @@ TEST_F(CommandLine, DescribesWhatIsMissingAndTiny) {
   EXPECT_EQ(rows[4], "y,(missing),,0,1,0,,,,,,,,");
 }
 
+TEST_F(CommandLine, DescribesLevels) {
+  std::string table = "id,g\nfirst,\"a, \"\"b\"\"\"\n";
+  for (int i = 0; i < 48; ++i)
+    table += "id" + std::to_string(i) + ",level" + std::to_string(i % 16) + "\n";
+  Write("levels.csv", table);
+  ASSERT_EQ(Run("describe levels.csv"), 0) << messages_;
+  EXPECT_THAT(output_, HasSubstr("\ng       level0        3                0.0612245\n"));
+  EXPECT_THAT(output_, HasSubstr("\ng       (5 more)\n"));
+  ASSERT_EQ(Run("describe --out - levels.csv"), 0);
+  EXPECT_THAT(Lines(output_), SizeIs(1 + 1 + 1 + 17));
+  EXPECT_THAT(output_, HasSubstr("\nid,,,49,0,0,")) << "identifiers have no levels, but are there";
+  EXPECT_THAT(output_, HasSubstr("\ng,,\"a, \"\"b\"\"\",1,"));
+}
+
 // R: cor with its three methods; energy::dcor.
 TEST_F(CommandLine, DescribesPairs) {
   ASSERT_EQ(Run(std::string("describe --pairs --columns petallength,petalwidth --out - ") + kIris),

@@ -159,6 +159,7 @@ TEST_F(CommandLine, SaysWhatIsWrongWithATable) {
   Write("one.csv", "x,y\n1,1\n2,1\n");
   Write("words.csv", "x,y\na,1\nb,0\n");
   Write("empty.csv", "x,y\n");
+  Write("nameless.csv", "x,,y\n1,2,3\n");
   const struct {
     const char* arguments;
     const char* message;
@@ -172,6 +173,12 @@ TEST_F(CommandLine, SaysWhatIsWrongWithATable) {
       {"logit --response y empty.csv", "empty.csv: no "},
       {"pls --response x words.csv", "words.csv: no complete row"},
       {"pls --response z one.csv", "'z'"},
+      {"pls --response x nameless.csv", "nameless.csv: column 2 of the header has no name"},
+      {"mixture --column y one.csv", "one.csv: the column 'y' is constant"},
+      {"mixture --column x words.csv", "words.csv: the column 'x' holds no number"},
+      {"mixture --column x --components 3-2 one.csv", "\"3-2\" is an empty range"},
+      {"mixture --column x --components 0 one.csv", "\"0\" is no range of component counts"},
+      {"mixture --column x --pairs 1:1,2 one.csv", "\"2\" is no pair of component counts"},
       {"cluster --page page.gif known.smi", "page.gif: a page is"},
       {"cluster missing.smi", "missing.smi"},
       {"cluster empty.smi", "empty.smi: no molecule to cluster"},

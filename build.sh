@@ -105,8 +105,8 @@ coverage() {
   for program in "$out"/stats/libqvstats.so "$out"/platform/*/libqv*.so "$out"/tests/*_test; do
     objects+=(-object "$program")
   done
-  objects=("$out/apps/qvstats" "${objects[@]}" -instr-profile "$out/all.profdata" platform stats apps)
-  llvm-cov show "${objects[@]}" >"$out/lines.txt"
+  objects=("$out/apps/qvstats" "${objects[@]}" -instr-profile "$out/all.profdata")
+  llvm-cov show "${objects[@]}" -ignore-filename-regex /tests/ >"$out/lines.txt"
   llvm-cov export -summary-only "${objects[@]}" | tools/coverage_by_area.py
 }
 

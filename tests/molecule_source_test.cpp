@@ -137,7 +137,7 @@ TEST(MoleculeSource, WhatIsWrongWithAFileIsNamed) {
        ": no column 'smiles'; name one of 'structure', 'y' with --smiles-column"},
       {"d.csv", "smiles,y\nC,1\nC,n/a\n", "y",
        ": line 3: the value 'n/a' of 'record 2' is not a "
-       "number"},
+       "finite number"},
       {"e.csv", "smiles,y\nC,nan\n", "y",
        ": line 2: the value 'nan' of 'record 1' is not a finite number"},
       {"large.csv", "smiles,y\nC,1e70\nC,-1.1e70\n", "y",

@@ -111,7 +111,7 @@ QVStatModelResult QVKernelRegressionOnSimilarity::GetPredictedResponses(
     if (responsesAreGood.NotSuccessful() || result.NotSuccessful()) {
       // Rows are checked in order, similarity first: the first bad cell decides.
       const std::size_t numGood = static_cast<std::size_t>(
-          std::find_if(s, s + n, [](double value) { return value < 0.0 || value > 1.0; }) - s);
+          std::find_if(s, s + n, [](double value) { return !(value >= 0.0 && value <= 1.0); }) - s);
       const QVStatModelResult before = CheckResponses(y, numGood);
       return before.NotSuccessful() ? before : result;
     }

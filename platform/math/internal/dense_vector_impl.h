@@ -195,7 +195,7 @@ QV_DENSE_INLINE void AddTransposedTile(Size n, const double* a, Size lda, const 
   Size i = n;
   for (; i % kWidth != 0; --i)
     for (Size g = 0; g < kGroup; ++g) {
-      Vector row;
+      Vector row = {};
       for (Size lane = 0; lane < kWidth; ++lane) row[lane] = a[i - 1 + (g * kWidth + lane) * lda];
       for (Size s = 0; s < kSides; ++s) sums[s][g] += row * x[s * ldx + i - 1];
     }

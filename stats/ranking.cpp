@@ -22,24 +22,31 @@ std::uint64_t GetKey(double value) {
   return bits & kSign ? ~bits : bits | kSign;
 }
 
-/// Sorts by the key, stably, a digit of kBits at a time from the lowest; digits that all share are
-/// skipped.
+bool IsBefore(const Keyed& a, const Keyed& b) {
+  return a.key != b.key ? a.key < b.key : a.position < b.position;
+}
+
+/// Sorts by the key and the position, values that stand in the order of their positions: stably by
+/// a digit of kBits at a time, from the lower to the higher. Digits that all share are skipped. Of
+/// the others the highest few tell almost all values apart; what they leave equal is compared.
 template <unsigned int kBits>
 void RadixSort(std::vector<Keyed>& values) {
   constexpr unsigned int kNumDigits = (64 + kBits - 1) / kBits;
+  constexpr unsigned int kDigitsToSortBy = 3;
   constexpr std::size_t kNumDigitValues = std::size_t{1} << kBits;
   const auto getDigit = [](std::uint64_t key, unsigned int digit) {
     return static_cast<std::size_t>(key >> (digit * kBits)) & (kNumDigitValues - 1);
   };
-  using Histogram = std::array<std::uint32_t, kNumDigitValues>;
-  std::vector<Histogram> histograms(kNumDigits, Histogram{});
-  for (const Keyed& value : values)
-    for (unsigned int digit = 0; digit < kNumDigits; ++digit)
-      ++histograms[digit][getDigit(value.key, digit)];
+  std::uint64_t varying = 0;
+  for (const Keyed& value : values) varying |= value.key ^ values.front().key;
+  unsigned int lowest = kNumDigits;
+  for (unsigned int digits = 0; lowest > 0 && digits < kDigitsToSortBy;)
+    digits += getDigit(varying, --lowest) != 0;
   std::vector<Keyed> sorted(values.size());
-  for (unsigned int digit = 0; digit < kNumDigits; ++digit) {
-    Histogram& next = histograms[digit];
-    if (next[getDigit(values.front().key, digit)] == values.size()) continue;
+  for (unsigned int digit = lowest; digit < kNumDigits; ++digit) {
+    if (getDigit(varying, digit) == 0) continue;
+    std::array<std::uint32_t, kNumDigitValues> next{};
+    for (const Keyed& value : values) ++next[getDigit(value.key, digit)];
     std::uint32_t start = 0;
     for (std::uint32_t& count : next) {
       const std::uint32_t size = count;
@@ -49,6 +56,14 @@ void RadixSort(std::vector<Keyed>& values) {
     for (const Keyed& value : values) sorted[next[getDigit(value.key, digit)]++] = value;
     values.swap(sorted);
   }
+  const unsigned int shift = lowest * kBits;
+  if ((varying & ((std::uint64_t{1} << shift) - 1)) == 0) return;
+  for (auto first = values.begin(); first != values.end();) {
+    auto last = first + 1;
+    while (last != values.end() && last->key >> shift == first->key >> shift) ++last;
+    if (!std::is_sorted(first, last, IsBefore)) std::sort(first, last, IsBefore);
+    first = last;
+  }
 }
 
 void Sort(std::vector<Keyed>& values) {
@@ -56,9 +71,7 @@ void Sort(std::vector<Keyed>& values) {
   constexpr std::size_t kFewValues = 256, kManyValues = 16384;
   if (values.size() > kManyValues) return RadixSort<11>(values);
   if (values.size() > kFewValues) return RadixSort<8>(values);
-  std::sort(values.begin(), values.end(), [](const Keyed& a, const Keyed& b) {
-    return a.key != b.key ? a.key < b.key : a.position < b.position;
-  });
+  std::sort(values.begin(), values.end(), IsBefore);
 }
 
 void SortByInsertion(std::uint32_t* first, std::uint32_t* last, std::uint64_t& inversions) {
@@ -86,6 +99,30 @@ std::uint64_t Merge(const std::uint32_t* left, const std::uint32_t* middle,
   }
   out = std::copy(left, middle, out);
   std::copy(second, right, out);
+  return inversions;
+}
+
+/// The same for halves of `width` values each: from both ends at once, which the processor
+/// overlaps. As many steps as a half is long never run out of either half.
+std::uint64_t MergeHalves(const std::uint32_t* left, std::size_t width, std::uint32_t* out) {
+  const std::uint32_t* const middle = left + width;
+  const std::uint32_t* second = middle;
+  const std::uint32_t* leftEnd = middle;
+  const std::uint32_t* secondEnd = middle + width;
+  std::uint32_t* outEnd = out + 2 * width;
+  std::uint64_t inversions = 0;
+  for (std::size_t step = 0; step < width; ++step) {
+    const bool takeSecond = *second < *left;
+    *out++ = takeSecond ? *second : *left;
+    inversions += takeSecond ? static_cast<std::uint64_t>(middle - left) : 0;
+    second += takeSecond;
+    left += !takeSecond;
+    const bool takeLast = !(secondEnd[-1] < leftEnd[-1]);
+    *--outEnd = takeLast ? secondEnd[-1] : leftEnd[-1];
+    inversions += takeLast ? static_cast<std::uint64_t>(middle - leftEnd) : 0;
+    secondEnd -= takeLast;
+    leftEnd -= !takeLast;
+  }
   return inversions;
 }
 
@@ -137,9 +174,10 @@ std::uint64_t QVCountInversions(std::vector<std::uint32_t>& sequence) {
   std::vector<std::uint32_t> merged(n);
   for (std::size_t width = kRun; width < n; width *= 2) {
     const std::uint32_t* const from = sequence.data();
-    for (std::size_t low = 0; low < n; low += 2 * width)
-      inversions += Merge(from + low, from + std::min(low + width, n),
-                          from + std::min(low + 2 * width, n), merged.data() + low);
+    std::size_t low = 0;
+    for (; low + 2 * width <= n; low += 2 * width)
+      inversions += MergeHalves(from + low, width, merged.data() + low);
+    inversions += Merge(from + low, from + std::min(low + width, n), from + n, merged.data() + low);
     sequence.swap(merged);
   }
   return inversions;

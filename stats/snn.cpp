@@ -184,24 +184,19 @@ QVSNNParameters QVGetSNNParameters(std::size_t n) {
 }
 
 Lists QVGetNearestNeighbours(const std::vector<double>& similarity, std::size_t n, unsigned int k) {
-  // Column entries above the diagonal lie n doubles apart; a block of rows reads them by the line.
-  constexpr std::size_t kBlock = 8;
-  Lists lists(n);
-  std::vector<BestNeighbours> best(kBlock);
-  for (std::size_t first = 0; first < n; first += kBlock) {
-    const std::size_t rows = std::min(kBlock, n - first);
-    for (std::size_t r = 0; r < rows; ++r) best[r].Start(k);
-    for (std::size_t j = 0; j < first; ++j)
-      for (std::size_t r = 0; r < rows; ++r)
-        best[r].Offer(similarity[n * j + first + r], static_cast<unsigned int>(j));
-    for (std::size_t r = 0; r < rows; ++r) {
-      const std::size_t i = first + r;
-      for (std::size_t j = first; j < n; ++j)
-        best[r].Offer(similarity[n * std::min(i, j) + std::max(i, j)],
-                      static_cast<unsigned int>(j));
-      lists[i] = best[r].Take();
+  // The matrix is read once, as it stands; each similarity counts for both of its objects.
+  std::vector<BestNeighbours> best(n);
+  for (BestNeighbours& neighbours : best) neighbours.Start(k);
+  for (std::size_t i = 0; i < n; ++i) {
+    const double* const row = similarity.data() + n * i;
+    best[i].Offer(row[i], static_cast<unsigned int>(i));
+    for (std::size_t j = i + 1; j < n; ++j) {
+      best[i].Offer(row[j], static_cast<unsigned int>(j));
+      best[j].Offer(row[j], static_cast<unsigned int>(i));
     }
   }
+  Lists lists;
+  for (BestNeighbours& neighbours : best) lists.push_back(neighbours.Take());
   return lists;
 }
 

@@ -4,35 +4,37 @@
 #define QVSTATS_SNN_SELECTION_H
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
+#include <limits>
 #include <vector>
 
 namespace QVStats {
 
 /// The k best of a stream of (similarity, index) pairs that come in ascending order of the index.
+/// What is no number counts as the lowest similarity. Candidates are gathered and now and then cut
+/// down to k, which costs less than keeping the best in order all the time.
 class BestNeighbours {
  public:
   void Start(std::size_t k) {
     k_ = k;
-    heap_.clear();
+    threshold_ = std::numeric_limits<double>::quiet_NaN();  // passed by all
+    candidates_.clear();
   }
 
   void Offer(double similarity, unsigned int index) {
-    if (heap_.size() < k_) {
-      heap_.push_back({similarity, index});
-      std::push_heap(heap_.begin(), heap_.end(), IsBetter);
-    } else if (k_ != 0 && similarity > heap_.front().similarity) {
-      std::pop_heap(heap_.begin(), heap_.end(), IsBetter);
-      heap_.back() = {similarity, index};
-      std::push_heap(heap_.begin(), heap_.end(), IsBetter);
-    }
+    if (similarity <= threshold_) return;
+    const double lowest = -std::numeric_limits<double>::infinity();
+    candidates_.push_back({std::isnan(similarity) ? lowest : similarity, index});
+    if (candidates_.size() >= 2 * k_ + 8) Cut();
   }
 
   std::vector<unsigned int> Take() {
-    std::sort_heap(heap_.begin(), heap_.end(), IsBetter);
+    Cut();
+    std::sort(candidates_.begin(), candidates_.end(), IsBetter);
     std::vector<unsigned int> indices;
-    indices.reserve(heap_.size());
-    for (const Neighbour& neighbour : heap_) indices.push_back(neighbour.index);
+    indices.reserve(candidates_.size());
+    for (const Neighbour& neighbour : candidates_) indices.push_back(neighbour.index);
     return indices;
   }
 
@@ -46,8 +48,19 @@ class BestNeighbours {
     return a.similarity > b.similarity || (a.similarity == b.similarity && a.index < b.index);
   }
 
+  void Cut() {
+    if (candidates_.size() <= k_) return;
+    const auto end = candidates_.begin() + static_cast<std::ptrdiff_t>(k_);
+    if (k_ != 0) {
+      std::nth_element(candidates_.begin(), end - 1, candidates_.end(), IsBetter);
+      threshold_ = candidates_[k_ - 1].similarity;
+    }
+    candidates_.erase(end, candidates_.end());
+  }
+
   std::size_t k_ = 0;
-  std::vector<Neighbour> heap_;  // the worst one in front
+  double threshold_ = 0.0;
+  std::vector<Neighbour> candidates_;
 };
 
 }  // namespace QVStats

@@ -53,7 +53,8 @@ void SolveStrip(Size n, const double* triangle, double* strip) {
       for (Size c = 0; c < kTileColumns; ++c) {
         x[c] = Load(columns + c * kTileRows + v * kWidth) - tile[v][c];
 #pragma GCC unroll 8
-        for (Size d = 0; d < c; ++d) x[c] -= x[d] * triangle[d * kTileColumns + c];
+        for (Size d = 0; d < c; ++d)
+          x[c] = AddProduct(x[c], -x[d], Broadcast(triangle[d * kTileColumns + c]));
         x[c] *= triangle[c * kTileColumns + c];
         Store(columns + c * kTileRows + v * kWidth, x[c]);
       }

@@ -105,7 +105,8 @@ QV_DENSE_INLINE void MultiplyTile(Size depth, const double* a, const double* b, 
 #pragma GCC unroll 8
     for (Size j = 0; j < kTileColumns; ++j) {
 #pragma GCC unroll 4
-      for (Size v = 0; v < kRowVectors; ++v) tile[v][j] += rows[v] * b[j];
+      for (Size v = 0; v < kRowVectors; ++v)
+        tile[v][j] = AddProduct(tile[v][j], rows[v], Broadcast(b[j]));
     }
   }
 }

@@ -4,6 +4,9 @@
 #define QV_PLATFORM_MATH_INTERNAL_DENSE_VECTOR_IMPL_H
 
 #include <cstddef>
+#if QV_DENSE_WIDTH > 2
+#include <immintrin.h>
+#endif
 
 #define QV_DENSE_INLINE inline __attribute__((always_inline))
 
@@ -60,10 +63,24 @@ constexpr Size Max(Size a, Size b) { return a > b ? a : b; }
 constexpr Size RoundUp(Size n, Size multiple) { return (n + multiple - 1) / multiple * multiple; }
 constexpr Step Signed(Size n) { return static_cast<Step>(n); }
 
-/// sum + a b, rounded once or twice as an element of a register is. Plain numbers would not be: the
-/// compiler vectorises a loop of such steps into products and a sum, without fusing the two.
+/// sum + a b in every lane, and for one number. Rounded once where the instruction set can,
+/// whatever the compiler would fuse: sums in the same order have the same bits then.
+#if QV_DENSE_WIDTH == 8
+QV_DENSE_INLINE Vector Broadcast(double x) { return _mm512_set1_pd(x); }
+QV_DENSE_INLINE Vector AddProduct(Vector sum, Vector a, Vector b) {
+  return _mm512_fmadd_pd(a, b, sum);
+}
+#elif QV_DENSE_WIDTH == 4
+QV_DENSE_INLINE Vector Broadcast(double x) { return _mm256_set1_pd(x); }
+QV_DENSE_INLINE Vector AddProduct(Vector sum, Vector a, Vector b) {
+  return _mm256_fmadd_pd(a, b, sum);
+}
+#else
+QV_DENSE_INLINE Vector Broadcast(double x) { return Vector{x, x}; }
+QV_DENSE_INLINE Vector AddProduct(Vector sum, Vector a, Vector b) { return sum + a * b; }
+#endif
 QV_DENSE_INLINE double AddProduct(double sum, double a, double b) {
-  return ((Vector{} + sum) + (Vector{} + a) * b)[0];
+  return QV_DENSE_WIDTH > 2 ? __builtin_fma(a, b, sum) : sum + a * b;
 }
 
 double Dot(Size n, const double* x, const double* y) {
@@ -100,15 +117,19 @@ QV_DENSE_INLINE void MultiplyVectors(Size n, Size m, double factor, const double
       for (Size s = 0; s < kSides; ++s) {
         const double* share = shares[s];
         double* to = y + s * ldy + i;
-        Store(to, (((Load(to) + Load(a0 + i) * share[0]) + Load(a1 + i) * share[1]) +
-                   Load(a2 + i) * share[2]) +
-                      Load(a3 + i) * share[3]);
+        Vector sum = AddProduct(Load(to), Load(a0 + i), Broadcast(share[0]));
+        sum = AddProduct(sum, Load(a1 + i), Broadcast(share[1]));
+        sum = AddProduct(sum, Load(a2 + i), Broadcast(share[2]));
+        Store(to, AddProduct(sum, Load(a3 + i), Broadcast(share[3])));
       }
     for (; i < n; ++i)
-      for (Size s = 0; s < kSides; ++s)
-        y[s * ldy + i] = (((y[s * ldy + i] + a0[i] * shares[s][0]) + a1[i] * shares[s][1]) +
-                          a2[i] * shares[s][2]) +
-                         a3[i] * shares[s][3];
+      for (Size s = 0; s < kSides; ++s) {
+        const double* share = shares[s];
+        double sum = AddProduct(y[s * ldy + i], a0[i], share[0]);
+        sum = AddProduct(sum, a1[i], share[1]);
+        sum = AddProduct(sum, a2[i], share[2]);
+        y[s * ldy + i] = AddProduct(sum, a3[i], share[3]);
+      }
   }
   for (; j < m; ++j) {
     const double* column = a + j * lda;
@@ -116,8 +137,9 @@ QV_DENSE_INLINE void MultiplyVectors(Size n, Size m, double factor, const double
       const double share = factor * x[s * ldx + j];
       double* to = y + s * ldy;
       Size i = 0;
-      for (; i + kWidth <= n; i += kWidth) Store(to + i, Load(to + i) + Load(column + i) * share);
-      for (; i < n; ++i) to[i] += column[i] * share;
+      for (; i + kWidth <= n; i += kWidth)
+        Store(to + i, AddProduct(Load(to + i), Load(column + i), Broadcast(share)));
+      for (; i < n; ++i) to[i] = AddProduct(to[i], column[i], share);
     }
   }
 }
@@ -197,7 +219,8 @@ QV_DENSE_INLINE void AddTransposedTile(Size n, const double* a, Size lda, const 
     for (Size g = 0; g < kGroup; ++g) {
       Vector row = {};
       for (Size lane = 0; lane < kWidth; ++lane) row[lane] = a[i - 1 + (g * kWidth + lane) * lda];
-      for (Size s = 0; s < kSides; ++s) sums[s][g] += row * x[s * ldx + i - 1];
+      for (Size s = 0; s < kSides; ++s)
+        sums[s][g] = AddProduct(sums[s][g], row, Broadcast(x[s * ldx + i - 1]));
     }
   for (; i > 0; i -= kWidth) {
     const double* block = a + i - kWidth;
@@ -218,7 +241,8 @@ QV_DENSE_INLINE void AddTransposedTile(Size n, const double* a, Size lda, const 
       for (Size r = 1; r <= kWidth; ++r)
 #pragma GCC unroll 4
         for (Size s = 0; s < kSides; ++s)
-          sums[s][g] += rows[kWidth - r] * from[s * ldx + kWidth - r];
+          sums[s][g] =
+              AddProduct(sums[s][g], rows[kWidth - r], Broadcast(from[s * ldx + kWidth - r]));
     }
   }
   for (Size s = 0; s < kSides; ++s)

@@ -145,6 +145,21 @@ TEST(PairStatistics, FastFormsAgreeWithTheDefinitions) {
     }
 }
 
+// What tells the values apart stands in their lowest digits, below those that a sort looks at
+// first.
+TEST(PairStatistics, KendallTellsValuesApartByTheirLastDigits) {
+  QVMath::QVRanNumEngine engine(12);
+  for (const std::size_t n : {300u, 1000u, 17000u}) {
+    Pairs pairs;
+    for (std::size_t i = 0; i < n; ++i) {
+      const double x = 1.0 + std::floor(8 * engine.GetUniform()) +
+                       0x1p-40 * std::floor(500 * engine.GetUniform());
+      pairs.emplace_back(x, n > 1000 ? x * x : 3 * x + 0x1p-39 * engine.GetUniform());
+    }
+    EXPECT_EQ(Get(Type::KendallTau, pairs), n > 1000 ? 1.0 : GetTauPairByPair(pairs)) << n;
+  }
+}
+
 TEST(PairStatistics, KendallCountsAsTheProductOfDifferencesDoes) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   const double nan = std::numeric_limits<double>::quiet_NaN();

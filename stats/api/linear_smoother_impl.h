@@ -155,7 +155,7 @@ class QVSTATS_EXPORT QVLinearSmootherOnSimilarityBase {
                                const QVDataTableCol& similarities) const;
 
   /// Fills the lower triangle of a matrix (n x n) with factor * K(s_ij, p). Fails with
-  /// MissingOrBadPredictorValue at a similarity outside [0, 1 + 10 eps].
+  /// MissingOrBadPredictorValue at a similarity outside [0, 1 + 10 eps], or no number.
   QVStatModelResult FillKernelMatrix(Eigen::MatrixXd& matrix, double factor,
                                      const char* where) const;
   /// Reads the n responses. Fails with MissingOrBadResponseValue at a missing or bad one.

@@ -34,7 +34,8 @@ struct QVSNNParameters {
 QVSTATS_EXPORT QVSNNParameters QVGetSNNParameters(std::size_t n);
 
 /// The k most similar objects of each object, itself among them when its self-similarity is high
-/// enough, most similar first; of equal similarities the lower index comes first.
+/// enough, most similar first; of equal similarities the lower index comes first. What is no number
+/// counts as the lowest.
 /// \param similarity n x n values, row after row; only the entries (i, j) with i <= j are read.
 QVSTATS_EXPORT std::vector<std::vector<unsigned int>> QVGetNearestNeighbours(
     const std::vector<double>& similarity, std::size_t n, unsigned int k);

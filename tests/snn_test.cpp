@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cmath>
 #include <random>
 
 #include "platform/chem/smiles.h"
@@ -70,6 +71,17 @@ TEST_F(SNN, NeighboursOfTiesAreTheEarlierObjects) {
     std::sort(all.begin(), all.end());
     for (std::size_t r = 0; r < 6; ++r) EXPECT_EQ(lists[i][r], all[r].second) << i << ' ' << r;
   }
+}
+
+TEST_F(SNN, WhatIsNoSimilarityIsNoNeighbour) {
+  const unsigned int n = 40;
+  std::vector<double> similarity(n * n, 0.5);
+  for (unsigned int i = 0; i < n; ++i) similarity[n * i + i] = 1.0;
+  for (unsigned int j = 1; j < n; j += 2) similarity[j] = std::nan("");  // of object 0
+  const Lists lists = QVGetNearestNeighbours(similarity, n, 20);
+  for (unsigned int r = 0; r < 20; ++r) EXPECT_EQ(lists[0][r], 2 * r);
+  EXPECT_EQ(lists[1][0], 1u);
+  EXPECT_EQ(lists[1][1], 2u);
 }
 
 TEST_F(SNN, LinksAreMutualAndCountSharedNeighbours) {
